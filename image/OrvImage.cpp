@@ -1,0 +1,23 @@
+// Construction and destruction of OrvImage. The instance holds a resize plan,
+// a conversion plan, work buffers reused between frames, and the colour-space
+// converter, all created on first need.
+#include <OrvImage.h>
+
+#include <cstring>
+
+OrvImage::OrvImage()
+    : m_resizeValid(false),
+      m_resizeInfo(),
+      m_convertValid(false),
+      m_srcPicture(),
+      m_dstPicture(),
+      m_convertMode(),
+      m_convertInfo(),
+      m_workBuffers(),
+      m_colorConverter(nullptr) {}
+
+OrvImage::~OrvImage() {
+  delete m_convertInfo.intermediate;
+  delete m_convertInfo.temp;
+  for (OrvMemory* buffer : m_workBuffers) delete buffer;
+}

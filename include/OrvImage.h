@@ -1,0 +1,207 @@
+// OrvImage: every picture operation of the library.
+//
+// A picture is a byte pointer with a width, a height and a signed step in
+// bytes: positive when the first line in memory is the display's top, negative
+// when the picture is stored bottom-up. The pointer is always the lowest
+// address of the buffer. For planar formats the step is the Y plane's and the
+// chroma planes follow without gap, with half of it.
+//
+// Results of picture operations: 0 success, 1 no memory, 2 destination too
+// small (nothing written), 3 invalid or unsupported, 4 processing failed.
+// Pictures are limited to 65535 pixels a side and to steps and byte sizes that
+// fit in 31 bits; beyond that an operation answers 3 before touching anything.
+#ifndef ORV_IMAGE_H_
+#define ORV_IMAGE_H_
+
+#include <OrvExport.h>
+#include <OrvIppTypes.h>
+#include <OrvMemory.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace orv {
+class ColorSpaceConverter;
+}  // namespace orv
+
+class ORV_API OrvImage {
+ public:
+  typedef orv::ipp::IppiSize IppiSize;
+  typedef orv::ipp::IppiRect IppiRect;
+
+  // Result codes of every picture operation.
+  enum {
+    ORV_IMG_OK = 0,
+    ORV_IMG_NO_MEMORY = 1,
+    ORV_IMG_DST_TOO_SMALL = 2,
+    ORV_IMG_INVALID = 3,
+    ORV_IMG_FAILED = 4,
+  };
+
+  // Pixel formats. The numbers are part of the interface.
+  enum COLOR_FORMAT_TYPE : int32_t {
+    CF_CCIR601YUY2 = 0,               // packed 4:2:2 Y0 Cb Y1 Cr, studio range, BT.601
+    CF_BT709YUY2 = 1,                 // as 0, BT.709
+    CF_RGB24 = 2,                     // packed B G R, full range
+    CF_RGB32 = 3,                     // packed B G R X, X written as 0
+    CF_TavoShiftedStraightRGB24 = 4,  // B G R with black 0 and white 219
+    CF_TavoShiftedStraightRGB32 = 5,  // B G R X with black 0 and white 219
+    CF_YUV420 = 6,                    // planar Y, Cb, Cr; BT.601
+    CF_BT709YUV420 = 7,               // planar Y, Cb, Cr; BT.709
+    CF_YV12 = 8,                      // planar Y, Cr, Cb; BT.601
+    CF_VUYA = 9,                      // packed Cr Cb Y A; A is a transparency (0 opaque)
+    CF_RGBA = 10,                     // packed B G R A; A is an opacity (255 opaque)
+    CF_YUY2A = 11,                    // a CCIR601 YUY2 picture, then one alpha byte a pixel
+  };
+
+  enum SCAN_TYPE : int32_t {
+    SCAN_PROGRESSIVE = 0,
+    SCAN_TOP_FIELD_FIRST = 1,
+    SCAN_BOTTOM_FIELD_FIRST = 2,
+  };
+
+  enum FIELD_TYPE : int32_t {
+    FIELD_FRAME = 0,   // the whole picture
+    FIELD_TOP = 1,     // the first line and every second line after it
+    FIELD_BOTTOM = 2,  // the second line and every second line after it
+  };
+
+  enum DEINTERLACE_MODE : int32_t {
+    DEINTERLACE_LINE_DOUBLE = 0,
+    DEINTERLACE_FIELD_RESIZE = 1,
+  };
+
+  enum INTERPOLATION_MODE : int32_t {
+    INTERPOLATION_NEAREST = 0,
+    INTERPOLATION_LINEAR = 1,
+    INTERPOLATION_CUBIC = 2,
+    INTERPOLATION_AUTO = 3,
+    INTERPOLATION_TAVO = 4,
+    INTERPOLATION_VRSCL_FIELD = 5,
+    INTERPOLATION_VRSCL_FRAME = 6,
+  };
+
+  enum ROTATE_MODE : int32_t {
+    ROTATE_NONE = 0,
+    ROTATE_180 = 1,
+    ROTATE_90 = 2,
+    ROTATE_270 = 3,
+  };
+
+  struct PICTURE_INFO {
+    uint32_t size;  // bytes; in a destination: capacity in, bytes produced out
+    uint32_t width;
+    uint32_t height;
+    int32_t step;      // 0 asks the size operations for the format's own step
+    uint32_t aspectX;  // 0 stands for width
+    uint32_t aspectY;  // 0 stands for height
+    SCAN_TYPE scanType;
+    COLOR_FORMAT_TYPE colorFormat;
+  };
+
+  struct CONVERT_MODE {
+    bool keepAspect;
+    bool convertInterlace;
+    INTERPOLATION_MODE interpolation;
+    DEINTERLACE_MODE deinterlace;
+  };
+
+  // Six planar work planes (4:2:2) for a YUY2 resize through the primitives.
+  struct TEMP_PLANAR_FORMAT {
+    uint8_t* srcY;
+    uint8_t* srcU;
+    uint8_t* srcV;
+    uint8_t* dstY;
+    uint8_t* dstU;
+    uint8_t* dstV;
+    int32_t srcStepY;
+    int32_t srcStepU;
+    int32_t srcStepV;
+    int32_t dstStepY;
+    int32_t dstStepU;
+    int32_t dstStepV;
+  };
+
+  // The plan of one conversion.
+  struct CONVERT_INFO {
+    uint32_t resizeKind;     // 0 none, 1 frame, 2 each field, 3 top field only, 4 bottom only
+    uint32_t interlaceKind;  // 0 none, 1/2 de-interlace (first field even/odd lines), 3 swap
+    int32_t srcWidth;
+    int32_t srcHeight;
+    int32_t dstWidth;
+    int32_t dstHeight;
+    uint32_t srcStep;
+    uint32_t dstStep;
+    int32_t srcTrimX;
+    int32_t dstMarginX;
+    int32_t dstMarginY;
+    double xFactor;
+    double yFactor;
+    OrvMemory* intermediate;
+    TEMP_PLANAR_FORMAT* temp;
+    void* vrscl;
+  };
+
+  // The plan of an instance resize.
+  struct RESIZE_INFO {
+    IppiSize srcSize;
+    IppiSize dstSize;
+    IppiRect srcRect;
+    IppiRect dstRect;
+    int32_t srcStep;
+    int32_t dstStep;
+    int32_t srcTrimX;
+    int32_t dstMarginX;
+    int32_t dstMarginY;
+    bool needResize;
+    double xFactor;
+    double yFactor;
+    INTERPOLATION_MODE interpolation;
+    TEMP_PLANAR_FORMAT temp;
+  };
+
+  OrvImage();
+  virtual ~OrvImage();
+  OrvImage(const OrvImage&) = delete;
+  OrvImage& operator=(const OrvImage&) = delete;
+
+  // ---- Picture model ----------------------------------------------------
+
+  // Bits per pixel of a format; 0 for an unknown value.
+  static unsigned long GetBitPixel(COLOR_FORMAT_TYPE format);
+  // The default step: the width for planar formats, the 4-byte aligned line
+  // length for YUY2 formats, and minus that for RGB-like formats and VUYA,
+  // which are bottom-up by default. 0 for an unknown format or a size past the
+  // limits.
+  static int GetGenericStep(COLOR_FORMAT_TYPE format, unsigned long width, unsigned long height);
+  // The byte size of a picture with the default step, and through the optional
+  // pointers that step and the bits per pixel. 0 (and zeros written) for an
+  // unknown format or a size past the limits.
+  static unsigned long GetGenericSize(COLOR_FORMAT_TYPE format, unsigned long width,
+                                      unsigned long height, int* step, int* bitsPerPixel);
+  // The byte size with a given step (its sign plays no part; 0 means the
+  // default). 0 for an unknown format or a size past the limits.
+  static unsigned long GetPictureSize(COLOR_FORMAT_TYPE format, unsigned long width,
+                                      unsigned long height, int step);
+  // Fills a picture with black (Y 16, chroma 127; RGB 0). `transparent` sets
+  // the alpha of CF_VUYA (255), CF_RGBA (0) and CF_YUY2A (0). Step 0 means the
+  // default step; its sign plays no part. A null picture or a size past the
+  // limits writes nothing.
+  static void ClearPicture(unsigned char* picture, COLOR_FORMAT_TYPE format, unsigned long width,
+                           unsigned long height, int step, bool transparent);
+  // True when the picture is closer to 16:9 than to 4:3 (and when a side is 0).
+  static bool IsNearWideAspect(unsigned long width, unsigned long height);
+
+ private:
+  bool m_resizeValid;
+  RESIZE_INFO m_resizeInfo;
+  bool m_convertValid;
+  PICTURE_INFO m_srcPicture;
+  PICTURE_INFO m_dstPicture;
+  CONVERT_MODE m_convertMode;
+  CONVERT_INFO m_convertInfo;
+  std::vector<OrvMemory*> m_workBuffers;
+  orv::ColorSpaceConverter* m_colorConverter;
+};
+
+#endif  // ORV_IMAGE_H_

@@ -1,0 +1,132 @@
+// The Windows-named types that appear in the public interface, for hosts other
+// than Windows. Field widths and layouts are Windows' own, so records keep
+// their sizes (BITMAPINFOHEADER is 40 bytes) and code written against the
+// interface compiles unchanged.
+#ifndef ORV_PLATFORM_TYPES_H_
+#define ORV_PLATFORM_TYPES_H_
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <pthread.h>
+
+#include <cstdint>
+
+typedef int32_t LONG;
+typedef uint32_t DWORD;
+typedef uint16_t WORD;
+typedef uint8_t BYTE;
+typedef int BOOL;
+typedef int32_t HRESULT;
+typedef void* HANDLE;
+typedef void* LPVOID;
+typedef uint32_t UINT;
+typedef int64_t LONGLONG;
+typedef uint64_t ULONGLONG;
+
+// The address of anything inside a loaded module; null names the main program.
+typedef void* HINSTANCE;
+typedef HINSTANCE HMODULE;
+
+#ifndef TRUE
+#define TRUE 1
+#endif
+#ifndef FALSE
+#define FALSE 0
+#endif
+
+#define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1)))
+#define INFINITE 0xFFFFFFFFu
+#define WAIT_OBJECT_0 0x00000000u
+#define WAIT_ABANDONED 0x00000080u
+#define WAIT_TIMEOUT 0x00000102u
+#define WAIT_FAILED 0xFFFFFFFFu
+#define MAX_PATH 260
+
+// HRESULT values, with Windows' numbers.
+#define S_OK (static_cast<HRESULT>(0x00000000L))
+#define S_FALSE (static_cast<HRESULT>(0x00000001L))
+#define E_NOTIMPL (static_cast<HRESULT>(0x80004001L))
+#define E_NOINTERFACE (static_cast<HRESULT>(0x80004002L))
+#define E_POINTER (static_cast<HRESULT>(0x80004003L))
+#define E_ABORT (static_cast<HRESULT>(0x80004004L))
+#define E_FAIL (static_cast<HRESULT>(0x80004005L))
+#define E_UNEXPECTED (static_cast<HRESULT>(0x8000FFFFL))
+#define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000EL))
+#define E_INVALIDARG (static_cast<HRESULT>(0x80070057L))
+#define RPC_E_CHANGED_MODE (static_cast<HRESULT>(0x80010106L))
+#define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
+#define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+
+typedef struct tagRECT {
+  LONG left;
+  LONG top;
+  LONG right;
+  LONG bottom;
+} RECT;
+
+typedef struct tagRGBQUAD {
+  BYTE rgbBlue;
+  BYTE rgbGreen;
+  BYTE rgbRed;
+  BYTE rgbReserved;
+} RGBQUAD;
+
+typedef struct tagBITMAPINFOHEADER {
+  DWORD biSize;
+  LONG biWidth;
+  LONG biHeight;
+  WORD biPlanes;
+  WORD biBitCount;
+  DWORD biCompression;
+  DWORD biSizeImage;
+  LONG biXPelsPerMeter;
+  LONG biYPelsPerMeter;
+  DWORD biClrUsed;
+  DWORD biClrImportant;
+} BITMAPINFOHEADER;
+
+typedef struct tagBITMAPINFO {
+  BITMAPINFOHEADER bmiHeader;
+  RGBQUAD bmiColors[1];
+} BITMAPINFO;
+
+#define BI_RGB 0u
+#define BI_RLE8 1u
+#define BI_RLE4 2u
+#define BI_BITFIELDS 3u
+
+typedef struct _SECURITY_ATTRIBUTES {
+  DWORD nLength;
+  LPVOID lpSecurityDescriptor;
+  BOOL bInheritHandle;
+} SECURITY_ATTRIBUTES;
+
+typedef enum tagCOINIT {
+  COINIT_APARTMENTTHREADED = 0x2,
+  COINIT_MULTITHREADED = 0x0,
+  COINIT_DISABLE_OLE1DDE = 0x4,
+  COINIT_SPEED_OVER_MEMORY = 0x8
+} COINIT;
+
+typedef struct _GUID {
+  uint32_t Data1;
+  uint16_t Data2;
+  uint16_t Data3;
+  uint8_t Data4[8];
+} GUID;
+typedef GUID IID;
+typedef GUID CLSID;
+
+// A critical section: a recursive lock owned by one thread at a time.
+typedef struct _RTL_CRITICAL_SECTION {
+  pthread_mutex_t mutex;
+} CRITICAL_SECTION;
+
+static_assert(sizeof(BITMAPINFOHEADER) == 40, "BITMAPINFOHEADER keeps its Windows layout");
+static_assert(sizeof(RGBQUAD) == 4, "RGBQUAD keeps its Windows layout");
+static_assert(sizeof(RECT) == 16, "RECT keeps its Windows layout");
+
+#endif  // _WIN32
+
+#endif  // ORV_PLATFORM_TYPES_H_
