@@ -220,4 +220,24 @@ TEST(OsThread, ThreadNumbersAreDistinct) {
   CloseHandle(b);
 }
 
+unsigned SetEventOf(void* argument) {
+  SetEventObject(*static_cast<HANDLE*>(argument));
+  return 0;
+}
+
+// The waiter of a synchronous hand-off closes its event as soon as it wakes,
+// while the setting thread may still be inside SetEventObject. Under the
+// sanitizers this catches a setter that does not keep the object alive.
+TEST(OsThread, WaiterMayCloseAnEventTheMomentItIsSignalled) {
+  for (int i = 0; i < 300; ++i) {
+    HANDLE event = CreateEventObject(false, false);
+    HANDLE thread = BeginThreadEx(nullptr, 0, &SetEventOf, &event, 0, nullptr);
+    ASSERT_NE(thread, nullptr);
+    ASSERT_EQ(WaitForSingleObject(event, INFINITE), WAIT_OBJECT_0);
+    EXPECT_TRUE(CloseHandle(event));
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+  }
+}
+
 }  // namespace
