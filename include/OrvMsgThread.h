@@ -104,7 +104,8 @@ class ORV_API OrvMsgThread {
   // Posts the stop message, waits for the worker's end and closes its handle.
   // Does nothing without a thread, so it may be called more than once. Derived
   // classes call it in their destructors (see the file comment). Never call it
-  // from the worker itself.
+  // from the worker itself, and resume a worker that suspended itself first:
+  // otherwise the wait for its end never returns.
   void StopThread();
 
   // Bounds the queue to `limit` messages (0 restores the list's own limit).
