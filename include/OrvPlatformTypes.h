@@ -55,8 +55,25 @@ typedef HINSTANCE HMODULE;
 #define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000EL))
 #define E_INVALIDARG (static_cast<HRESULT>(0x80070057L))
 #define RPC_E_CHANGED_MODE (static_cast<HRESULT>(0x80010106L))
+#define CO_E_NOTINITIALIZED (static_cast<HRESULT>(0x800401F0L))
+#define CO_E_OBJISREG (static_cast<HRESULT>(0x800401FBL))
+#define CO_E_OBJNOTREG (static_cast<HRESULT>(0x800401FCL))
+#define CLASS_E_NOAGGREGATION (static_cast<HRESULT>(0x80040110L))
+#define REGDB_E_CLASSNOTREG (static_cast<HRESULT>(0x80040154L))
 #define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
 #define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+
+// Thread creation flags, exit code and priority levels, with Windows' numbers.
+#define CREATE_SUSPENDED 0x00000004u
+#define STILL_ACTIVE 259u
+#define THREAD_PRIORITY_IDLE (-15)
+#define THREAD_PRIORITY_LOWEST (-2)
+#define THREAD_PRIORITY_BELOW_NORMAL (-1)
+#define THREAD_PRIORITY_NORMAL 0
+#define THREAD_PRIORITY_ABOVE_NORMAL 1
+#define THREAD_PRIORITY_HIGHEST 2
+#define THREAD_PRIORITY_TIME_CRITICAL 15
+#define THREAD_PRIORITY_ERROR_RETURN 0x7FFFFFFF
 
 typedef struct tagRECT {
   LONG left;
@@ -117,6 +134,12 @@ typedef struct _GUID {
 } GUID;
 typedef GUID IID;
 typedef GUID CLSID;
+
+// Class contexts of object creation.
+#define CLSCTX_INPROC_SERVER 0x1u
+#define CLSCTX_INPROC_HANDLER 0x2u
+#define CLSCTX_LOCAL_SERVER 0x4u
+#define CLSCTX_REMOTE_SERVER 0x10u
 
 // A critical section: a recursive lock owned by one thread at a time.
 typedef struct _RTL_CRITICAL_SECTION {

@@ -16,4 +16,10 @@
 // Pictures
 #include <OrvImage.h>
 
+// Threads
+#include <OrvMsgThread.h>
+
+// Camera metadata
+#include <OrvCameraInfo.h>
+
 #endif  // ORV_UTILITY_H_
