@@ -16,4 +16,8 @@
 // Pictures
 #include <OrvImage.h>
 
+// Files
+#include <COrvFile.h>
+#include <IOrvFile.h>
+
 #endif  // ORV_UTILITY_H_
