@@ -254,6 +254,8 @@ TEST_F(TwoFiles, CloseAndReopenKeepThePosition) {
 TEST_F(TwoFiles, ModesAndBadInput) {
   const std::wstring created = folder_.WidePath("new.bin");
   const std::wstring twoNew = created + L"|" + folder_.WidePath("new2.bin");
+  const std::wstring trailingBar = list_ + L"|";
+  const std::wstring oneMissing = folder_.WidePath("a.bin") + L"|/none";
   const int before = OpenDescriptorCount();
   struct Case {
     const wchar_t* path;
@@ -267,8 +269,8 @@ TEST_F(TwoFiles, ModesAndBadInput) {
       {L"/no/such/file.bin", 0},
       {L"/ab", 0},
       {L"C:\\clip.mts", 0},
-      {(list_ + L"|").c_str(), 0},
-      {(folder_.WidePath("a.bin") + L"|/none").c_str(), 0},
+      {trailingBar.c_str(), 0},
+      {oneMissing.c_str(), 0},
   };
   for (const Case& c : refused) {
     COrvFile* file = new COrvFile(c.path, c.mode, nullptr);
