@@ -143,7 +143,8 @@ class ORV_API COrvFile : public IOrvFile {
                                    unsigned long* fileSystemFlags, wchar_t* fileSystemName,
                                    unsigned long fileSystemNameSize);
 
-  // True when the file exists; for a list joined by '|', when every file does.
+  // True when the file exists (a directory counts, as for PathFileExists); for a
+  // list joined by '|', when every file of it does. An empty piece names nothing.
   static bool IsFileExist(const wchar_t* path);
   // True when `path` (relative: the current directory) lies on an NTFS volume.
   static bool IsPathNTFS(const wchar_t* path);
