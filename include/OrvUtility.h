@@ -22,4 +22,8 @@
 // Camera metadata
 #include <OrvCameraInfo.h>
 
+// Files
+#include <COrvFile.h>
+#include <IOrvFile.h>
+
 #endif  // ORV_UTILITY_H_
