@@ -44,7 +44,10 @@ void Interlaced420ToYuy2(const Frame& f, OrvImage::FIELD_TYPE field, ColorSpaceC
   if (lines <= 0) return;
   const uint32_t scan = field == OrvImage::FIELD_FRAME ? CSC_SCAN_INTERLACED : CSC_SCAN_PROGRESSIVE;
   const int64_t dstOffset = static_cast<int64_t>(first) * f.dstStep;
-  uint32_t capacity = static_cast<uint32_t>(f.required - dstOffset);
+  // The kernels count a whole pitch for every line they write; with doubled
+  // pitches that is at most R, and the bytes they write (the bottom field one
+  // line in) end within R too.
+  uint32_t capacity = static_cast<uint32_t>(static_cast<int64_t>(stride) * f.dstStep * lines);
   const bool done = lease.get()->ConvertFromYUV420(
       p.y + first * static_cast<int64_t>(p.yStep), p.c1 + first * static_cast<int64_t>(p.cStep),
       p.c2 + first * static_cast<int64_t>(p.cStep), stride * p.yStep, stride * p.cStep, f.width,
