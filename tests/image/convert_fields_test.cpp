@@ -122,6 +122,42 @@ TEST(ConvertFields, OneFieldOfRgb24LeavesTheOtherLines) {
   EXPECT_EQ(whole, viaField);
 }
 
+TEST(ConvertFields, OneFieldOfYuy2LeavesTheOtherLines) {
+  const int w = 8, h = 8;
+  Picture src(PictureBytes(OrvImage::CF_YUV420, w, h, w));
+  src.Randomize(10);
+  struct Case {
+    OrvImage::FIELD_TYPE field;
+    int srcSign;
+    int dstSign;
+    int srcParity;  // memory lines of the source that are converted
+  };
+  for (const Case& c : {Case{OrvImage::FIELD_TOP, 1, 1, 0}, Case{OrvImage::FIELD_BOTTOM, 1, 1, 1},
+                        Case{OrvImage::FIELD_TOP, -1, -1, 1}, Case{OrvImage::FIELD_TOP, 1, -1, 0},
+                        Case{OrvImage::FIELD_BOTTOM, -1, 1, 0}}) {
+    SCOPED_TRACE(::testing::Message() << c.field << " " << c.srcSign << " " << c.dstSign);
+    std::vector<uint8_t> dst(2 * w * h, 0x3C);
+    unsigned long size = dst.size();
+    ASSERT_EQ(0u, ConversionAccess::YUV420ToCCIR601YUY2(src.data(), dst.data(), &size, w, h,
+                                                        c.srcSign * w, c.dstSign * 2 * w, false,
+                                                        c.field, nullptr));
+    const bool turned = c.srcSign != c.dstSign;
+    for (int line = 0; line < h; ++line) {
+      const int from = turned ? h - 1 - line : line;
+      for (int x = 0; x < w; ++x) {
+        const uint8_t luma = dst[2 * w * line + 2 * x];
+        if ((from & 1) == c.srcParity) {
+          // YUY2 carries the luma of its source line unchanged.
+          EXPECT_EQ(src[w * from + x], luma) << line;
+        } else {
+          EXPECT_EQ(0x3C, luma) << line;
+          EXPECT_EQ(0x3C, dst[2 * w * line + 2 * x + 1]) << line;
+        }
+      }
+    }
+  }
+}
+
 // A YUY2 picture whose chroma bytes name their line: Cb = 10 x line + 1,
 // Cr = 10 x line + 2.
 std::vector<uint8_t> NumberedYuy2(int w, int h) {
