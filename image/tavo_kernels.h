@@ -112,6 +112,11 @@ struct TapTable {
 // Sum of one output of a tap table, read back from the packed weights.
 int32_t TapSum(const uint8_t* src, const TapTable& table, int i, bool chroma);
 
+// Columns [begin, end) of a vertical tap sum: the plain form, and the tail of
+// the processor forms.
+void TapRowsRange(const uint8_t* const* rows, const int32_t* weight, int count, uint8_t* dst,
+                  int begin, int end, const Post& post);
+
 // ---- Plain row kernels ----------------------------------------------------
 
 // out[i] = (s[2i] + s[2i+1]) >> 1 for i < n.

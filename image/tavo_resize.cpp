@@ -496,15 +496,19 @@ bool ResizeYUV420(const uint8_t* src, uint8_t* dst, int srcStep, int dstStep,
   const uint8_t* srcV = srcU + srcC * (srcSize.height / 2);
   uint8_t* dstU = dst + ptrdiff_t(dstStep) * dstSize.height;
   uint8_t* dstV = dstU + dstC * (dstSize.height / 2);
+  // Chroma steps: half the plane's, doubled again for a field (not half the
+  // doubled luma step, which differs by one for an odd step).
+  const ptrdiff_t srcStepC = p.srcStep == srcStep ? srcC : 2 * srcC;
+  const ptrdiff_t dstStepC = p.dstStep == dstStep ? dstC : 2 * dstC;
   const ptrdiff_t srcOffC = (p.srcOffset ? srcC : 0) + (srcTrimX / 2) / 2;
   const ptrdiff_t dstOffC =
-      (p.dstOffset ? dstC : 0) + (marginTop / 2) * (p.dstStep / 2) + (dstMarginX / 2) / 2;
-  if (!ScalePlane(srcU + srcOffC, p.srcStep / 2, w / 2, H / 2, dstU + dstOffC, p.dstStep / 2,
-                  dw / 2, h / 2, level)) {
+      (p.dstOffset ? dstC : 0) + (marginTop / 2) * dstStepC + (dstMarginX / 2) / 2;
+  if (!ScalePlane(srcU + srcOffC, srcStepC, w / 2, H / 2, dstU + dstOffC, dstStepC, dw / 2, h / 2,
+                  level)) {
     return false;
   }
-  return ScalePlane(srcV + srcOffC, p.srcStep / 2, w / 2, H / 2, dstV + dstOffC, p.dstStep / 2,
-                    dw / 2, h / 2, level);
+  return ScalePlane(srcV + srcOffC, srcStepC, w / 2, H / 2, dstV + dstOffC, dstStepC, dw / 2, h / 2,
+                    level);
 }
 
 bool ResizeYUY2(const uint8_t* src, uint8_t* dst, int srcStep, int dstStep,
