@@ -101,12 +101,23 @@ constexpr int kTapBlock = 8;
 // the weights packed[((i / kTapBlock) x taps + k) x kTapBlock + i % kTapBlock].
 // Every read stays inside the source line. Outputs [simdBegin, simdEnd) are
 // plain tap sums; the others are left to the plain form of the pass.
+//
+// Short area spans (four taps, weights below 128) also have a byte-shuffle
+// form: for each group of four outputs g < groups, 16 source bytes from
+// groupBase[g] on, rearranged by groupShuffle[16g..] into four runs of four and
+// weighed by the bytes groupWeight[16g..]. Every weight of an output sums to
+// weightSum there, which turns an unsigned sum into the signed one.
 struct TapTable {
   int taps;
   int simdBegin;
   int simdEnd;
   const int32_t* start;
   const int32_t* packed;
+  int groups;
+  int32_t weightSum;
+  const int32_t* groupBase;
+  const uint8_t* groupShuffle;
+  const int8_t* groupWeight;
 };
 
 // Sum of one output of a tap table, read back from the packed weights.

@@ -51,6 +51,37 @@ inline __m256i ChromaBias16(Sign sign) {
 void TapRow(const uint8_t* src, uint8_t* dst, const TapTable& table, const Post& post) {
   const bool chroma = post.sign == Sign::kSigned;
   int i = table.simdBegin;
+  if (i == 0 && table.groups >= 2) {
+    // Short area spans: two groups of four outputs from two 16-byte windows,
+    // bytes multiplied and paired, then the pairs added.
+    const __m256i ones = _mm256_set1_epi16(1);
+    const __m256i correction = _mm256_set1_epi32(chroma ? 128 * table.weightSum : 0);
+    const __m256i bias = ChromaBias16(post.sign);
+    int g = 0;
+    for (; g + 2 <= table.groups; g += 2) {
+      const __m128i lo =
+          _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + table.groupBase[g]));
+      const __m128i hi =
+          _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + table.groupBase[g + 1]));
+      const __m256i data = _mm256_inserti128_si256(_mm256_castsi128_si256(lo), hi, 1);
+      const __m256i order = _mm256_loadu_si256(
+          reinterpret_cast<const __m256i*>(table.groupShuffle + 16 * static_cast<size_t>(g)));
+      const __m256i weight = _mm256_loadu_si256(
+          reinterpret_cast<const __m256i*>(table.groupWeight + 16 * static_cast<size_t>(g)));
+      const __m256i taps = _mm256_shuffle_epi8(data, order);
+      __m256i sum = _mm256_madd_epi16(_mm256_maddubs_epi16(taps, weight), ones);
+      sum = _mm256_sub_epi32(sum, correction);
+      __m256i v = Normalise(sum, post);
+      v = _mm256_packs_epi32(v, v);
+      v = _mm256_add_epi16(v, bias);
+      v = _mm256_packus_epi16(v, v);
+      const int32_t first = _mm_cvtsi128_si32(_mm256_castsi256_si128(v));
+      const int32_t second = _mm_cvtsi128_si32(_mm256_extracti128_si256(v, 1));
+      std::memcpy(dst + 4 * g, &first, 4);
+      std::memcpy(dst + 4 * g + 4, &second, 4);
+    }
+    i = 4 * g;
+  }
   for (; i < table.simdEnd && (i & 7); ++i) {
     dst[i] = Finish(TapSum(src, table, i, chroma), post, chroma);
   }

@@ -61,7 +61,52 @@ struct AxisPass {
   bool useTaps = false;
   WorkBuffer cubicStorage;
   WorkBuffer tapStorage;
+  WorkBuffer groupStorage;
 };
+
+// The byte-shuffle groups of a four-tap area table whose weights fit a signed
+// byte: the leading groups of four outputs whose taps lie in 16 bytes that
+// stay inside the line.
+bool BuildShuffleGroups(AxisPass* pass) {
+  TapTable& t = pass->taps;
+  const int n = pass->dstLength;
+  if (t.taps != 4 || pass->grid.q > 127) return true;
+  const int total = n / 4;
+  if (!pass->groupStorage.Allocate(static_cast<size_t>(total) * (4 + 16 + 16))) return false;
+  int32_t* base = pass->groupStorage.As<int32_t>();
+  uint8_t* shuffle = reinterpret_cast<uint8_t*>(base + total);
+  int8_t* weight = reinterpret_cast<int8_t*>(shuffle + 16 * static_cast<size_t>(total));
+  int groups = 0;
+  for (; groups < total; ++groups) {
+    const int first = 4 * groups;
+    const int32_t b = t.start[first];
+    if (b + 16 > pass->srcLength) break;
+    bool fits = true;
+    for (int m = 0; m < 4 && fits; ++m) {
+      const int i = first + m;
+      const int32_t* w =
+          t.packed + (static_cast<size_t>(i / kTapBlock) * 4) * kTapBlock + i % kTapBlock;
+      for (int k = 0; k < 4; ++k) {
+        const int32_t offset = t.start[i] + k - b;
+        if (offset < 0 || offset > 15) {
+          fits = false;
+          break;
+        }
+        shuffle[16 * groups + 4 * m + k] = static_cast<uint8_t>(offset);
+        weight[16 * groups + 4 * m + k] =
+            static_cast<int8_t>(UnpackWeight(w[static_cast<size_t>(k) * kTapBlock]));
+      }
+    }
+    if (!fits) break;
+    base[groups] = b;
+  }
+  t.groups = groups;
+  t.weightSum = static_cast<int32_t>(pass->grid.q);
+  t.groupBase = base;
+  t.groupShuffle = shuffle;
+  t.groupWeight = weight;
+  return true;
+}
 
 // The tap table of the processor forms for an area row: the spans of the
 // carry walk, padded to a multiple of 4 taps, with starts moved back where a
@@ -114,9 +159,9 @@ bool BuildAreaTaps(AxisPass* pass) {
       column[static_cast<size_t>(k + shift) * kTapBlock] = PackWeight(weights[k]);
     }
   }
-  pass->taps = TapTable{taps, 0, n, start, packed};
+  pass->taps = TapTable{taps, 0, n, start, packed, 0, 0, nullptr, nullptr, nullptr};
   pass->useTaps = true;
-  return true;
+  return BuildShuffleGroups(pass);
 }
 
 // The cubic tables: index and weights for every output (one entry more, as a
@@ -159,7 +204,7 @@ bool BuildCubic(AxisPass* pass, bool wantTaps) {
           PackWeight(weight[4 * static_cast<size_t>(i) + k]);
     }
   }
-  pass->taps = TapTable{4, begin, end, start, packed};
+  pass->taps = TapTable{4, begin, end, start, packed, 0, 0, nullptr, nullptr, nullptr};
   pass->useTaps = true;
   return true;
 }
