@@ -118,6 +118,9 @@ struct TapTable {
   const int32_t* groupBase;
   const uint8_t* groupShuffle;
   const int8_t* groupWeight;
+  // Four-tap area tables with weights below 2^15 also hold them as 16-bit
+  // values, four per output in order (null otherwise).
+  const int16_t* weight16;
 };
 
 // Sum of one output of a tap table, read back from the packed weights.

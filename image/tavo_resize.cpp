@@ -64,16 +64,31 @@ struct AxisPass {
   WorkBuffer groupStorage;
 };
 
-// The byte-shuffle groups of a four-tap area table whose weights fit a signed
-// byte: the leading groups of four outputs whose taps lie in 16 bytes that
-// stay inside the line.
+// The short forms of a four-tap area table: 16-bit weights when they fit, and
+// when they fit a signed byte the byte-shuffle groups, the leading groups of
+// four outputs whose taps lie in 16 bytes that stay inside the line.
 bool BuildShuffleGroups(AxisPass* pass) {
   TapTable& t = pass->taps;
   const int n = pass->dstLength;
-  if (t.taps != 4 || pass->grid.q > 127) return true;
+  if (t.taps != 4 || pass->grid.q > 32767) return true;
   const int total = n / 4;
-  if (!pass->groupStorage.Allocate(static_cast<size_t>(total) * (4 + 16 + 16))) return false;
-  int32_t* base = pass->groupStorage.As<int32_t>();
+  const size_t bytes16 = sizeof(int16_t) * 4 * static_cast<size_t>(n);
+  if (!pass->groupStorage.Allocate(bytes16 + static_cast<size_t>(total) * (4 + 16 + 16))) {
+    return false;
+  }
+  int16_t* weight16 = pass->groupStorage.As<int16_t>();
+  for (int i = 0; i < n; ++i) {
+    const int32_t* w =
+        t.packed + (static_cast<size_t>(i / kTapBlock) * 4) * kTapBlock + i % kTapBlock;
+    for (int k = 0; k < 4; ++k) {
+      weight16[4 * i + k] =
+          static_cast<int16_t>(UnpackWeight(w[static_cast<size_t>(k) * kTapBlock]));
+    }
+  }
+  t.weight16 = weight16;
+  t.weightSum = static_cast<int32_t>(pass->grid.q);
+  if (pass->grid.q > 127) return true;
+  int32_t* base = pass->groupStorage.As<int32_t>(bytes16);
   uint8_t* shuffle = reinterpret_cast<uint8_t*>(base + total);
   int8_t* weight = reinterpret_cast<int8_t*>(shuffle + 16 * static_cast<size_t>(total));
   int groups = 0;
@@ -101,7 +116,6 @@ bool BuildShuffleGroups(AxisPass* pass) {
     base[groups] = b;
   }
   t.groups = groups;
-  t.weightSum = static_cast<int32_t>(pass->grid.q);
   t.groupBase = base;
   t.groupShuffle = shuffle;
   t.groupWeight = weight;
@@ -159,7 +173,7 @@ bool BuildAreaTaps(AxisPass* pass) {
       column[static_cast<size_t>(k + shift) * kTapBlock] = PackWeight(weights[k]);
     }
   }
-  pass->taps = TapTable{taps, 0, n, start, packed, 0, 0, nullptr, nullptr, nullptr};
+  pass->taps = TapTable{taps, 0, n, start, packed, 0, 0, nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
   return BuildShuffleGroups(pass);
 }
@@ -204,7 +218,7 @@ bool BuildCubic(AxisPass* pass, bool wantTaps) {
           PackWeight(weight[4 * static_cast<size_t>(i) + k]);
     }
   }
-  pass->taps = TapTable{4, begin, end, start, packed, 0, 0, nullptr, nullptr, nullptr};
+  pass->taps = TapTable{4, begin, end, start, packed, 0, 0, nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
   return true;
 }
