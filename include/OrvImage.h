@@ -295,6 +295,57 @@ class ORV_API OrvImage {
                                         unsigned long height, int step, SCAN_TYPE scan,
                                         DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
 
+  // ---- Picture copy, rotate, delta and bitmaps ----------------------------
+
+  // Copies a picture to another step. `dstSize` is in and out: the capacity on
+  // entry, the bytes required (|dstStep| x height, plus chroma or alpha) on
+  // return. A null picture stores the required size and answers 3; a capacity
+  // below it answers 2 with nothing written. Opposite step signs turn the
+  // picture upside down. `src` may equal `dst`: lines then move in place.
+  static unsigned long CopyYUV420(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                  unsigned long width, unsigned long height, int srcStep,
+                                  int dstStep);
+  static unsigned long CopyYUY2(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                unsigned long width, unsigned long height, int srcStep,
+                                int dstStep);
+  static unsigned long CopyYUY2A(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                 unsigned long width, unsigned long height, int srcStep,
+                                 int dstStep);
+  static unsigned long CopyRGB24(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                 unsigned long width, unsigned long height, int srcStep,
+                                 int dstStep);
+  static unsigned long CopyRGB32(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                 unsigned long width, unsigned long height, int srcStep,
+                                 int dstStep);
+  // Turns a picture (generic positive lines) by quarter turns, with an optional
+  // left-to-right flip. `width` and `height` are the source's.
+  static unsigned long RotateRGB24(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                   unsigned long width, unsigned long height, ROTATE_MODE mode,
+                                   bool flip);
+  static unsigned long RotateRGB32(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                   unsigned long width, unsigned long height, ROTATE_MODE mode,
+                                   bool flip);
+  // A cheap difference of two dense top-down pictures: the sum of absolute luma
+  // differences at one pixel in eight. 0 for null pictures or sizes past the limits.
+  static unsigned long GetDeltaFromYUV420(unsigned char* pictureA, unsigned char* pictureB,
+                                          unsigned long width, unsigned long height);
+  static unsigned long GetDeltaFromYUY2(unsigned char* pictureA, unsigned char* pictureB,
+                                        unsigned long width, unsigned long height);
+  static unsigned long GetDeltaFromRGB24(unsigned char* pictureA, unsigned char* pictureB,
+                                         unsigned long width, unsigned long height);
+  static unsigned long GetDeltaFromRGB32(unsigned char* pictureA, unsigned char* pictureB,
+                                         unsigned long width, unsigned long height);
+  // Expand a 1-, 4- or 8-bit palette bitmap, or a 16/32-bit bit-field bitmap, to
+  // 24-bit B G R. A bit count or compression the operation does not serve
+  // answers 0 with nothing written (the required size is still stored); a
+  // BITMAPINFO that disagrees with itself or with the steps answers 3.
+  static unsigned long PaletteToRGB24(unsigned char* src, unsigned char* dst,
+                                      unsigned long* dstSize, BITMAPINFO* info, int srcStep,
+                                      int dstStep);
+  static unsigned long BitFieldsToRGB24(unsigned char* src, unsigned char* dst,
+                                        unsigned long* dstSize, BITMAPINFO* info, int srcStep,
+                                        int dstStep);
+
  private:
   // Lets the test suite reach the private stages.
   friend struct OrvImageTestAccess;
