@@ -462,6 +462,14 @@ class ORV_API OrvImage {
                                         unsigned long* dstSize, unsigned long width,
                                         unsigned long height, int srcStep, int dstStep,
                                         bool progressive, COLOR_FORMAT_TYPE dstFormat);
+  // A resize without colour conversion, by format: the YUY2 formats through
+  // ResizeYUY2, the 24-bit RGB formats through ResizeRGB24, the 32-bit RGB
+  // formats and CF_VUYA through ResizeRGB32, the planar formats through
+  // ResizeYUV420. CF_RGBA, CF_YUY2A and unknown values answer 3.
+  static unsigned long Resize(unsigned char* const src, unsigned char* dst, unsigned long* dstSize,
+                              unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                              unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                              COLOR_FORMAT_TYPE format, INTERPOLATION_MODE interpolation);
 
   // ---- Resizing through the image primitives ------------------------------
 

@@ -324,3 +324,51 @@ TEST(Bt709Routes, RefusalsAnswerThree) {
 
 }  // namespace
 }  // namespace orv_test
+
+namespace orv_test {
+namespace {
+
+TEST(ResizeDispatch, EachFormatReachesItsResizer) {
+  const int sw = 16, sh = 8, dw = 8, dh = 4;
+  using Resizer = unsigned long (*)(unsigned char*, unsigned char*, unsigned long*, unsigned long,
+                                    unsigned long, int, unsigned long, unsigned long, int,
+                                    I::INTERPOLATION_MODE);
+  struct Case {
+    Format format;
+    Resizer direct;
+  };
+  const std::vector<Case> cases = {
+      {I::CF_CCIR601YUY2, &I::ResizeYUY2},   {I::CF_BT709YUY2, &I::ResizeYUY2},
+      {I::CF_RGB24, &I::ResizeRGB24},        {I::CF_TavoShiftedStraightRGB24, &I::ResizeRGB24},
+      {I::CF_RGB32, &I::ResizeRGB32},        {I::CF_TavoShiftedStraightRGB32, &I::ResizeRGB32},
+      {I::CF_VUYA, &I::ResizeRGB32},         {I::CF_YUV420, &I::ResizeYUV420},
+      {I::CF_BT709YUV420, &I::ResizeYUV420}, {I::CF_YV12, &I::ResizeYUV420},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.format);
+    const int srcStep = PixelBytes(c.format, sw);
+    const int dstStep = PixelBytes(c.format, dw);
+    Picture src(PictureBytes(c.format, sw, sh, srcStep));
+    src.Randomize(c.format + 1);
+    Picture a(PictureBytes(c.format, dw, dh, dstStep), 0x44), b(a.size(), 0x44);
+    unsigned long sizeA = a.size(), sizeB = b.size();
+    const unsigned long got = I::Resize(src.data(), a.data(), &sizeA, sw, sh, srcStep, dw, dh,
+                                        dstStep, c.format, I::INTERPOLATION_LINEAR);
+    EXPECT_EQ(0u, got);
+    EXPECT_EQ(c.direct(src.data(), b.data(), &sizeB, sw, sh, srcStep, dw, dh, dstStep,
+                       I::INTERPOLATION_LINEAR),
+              got);
+    EXPECT_EQ(sizeB, sizeA);
+    EXPECT_EQ(b.Contents(), a.Contents());
+  }
+  for (int format : {static_cast<int>(I::CF_RGBA), static_cast<int>(I::CF_YUY2A), -1, 12}) {
+    Picture src(4 * sw * sh), dst(4 * dw * dh, 0x44);
+    unsigned long size = dst.size();
+    EXPECT_EQ(3u, I::Resize(src.data(), dst.data(), &size, sw, sh, 4 * sw, dw, dh, 4 * dw,
+                            static_cast<Format>(format), I::INTERPOLATION_LINEAR));
+    EXPECT_EQ(std::vector<uint8_t>(dst.size(), 0x44), dst.Contents());
+  }
+}
+
+}  // namespace
+}  // namespace orv_test
