@@ -211,6 +211,14 @@ unsigned long OrvImage::YUY2AToCCIR601YUY2(unsigned char* const src, unsigned ch
 unsigned long OrvImage::CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
                                             unsigned long* dstSize, unsigned long width,
                                             unsigned long height, int srcStep, int dstStep,
+                                            bool progressive) {
+  return CCIR601YUY2ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep, progressive,
+                             FIELD_FRAME, nullptr, nullptr);
+}
+
+unsigned long OrvImage::CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
+                                            unsigned long* dstSize, unsigned long width,
+                                            unsigned long height, int srcStep, int dstStep,
                                             bool progressive, orv::ColorSpaceConverter* converter) {
   return CCIR601YUY2ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep, progressive,
                              FIELD_FRAME, nullptr, converter);

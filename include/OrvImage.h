@@ -389,29 +389,50 @@ class ORV_API OrvImage {
 
   // The 4:2:0 converter path: these forward to the colour kernels and answer 3
   // without storing a size when a picture pointer is null. `converter` may be
-  // null, and a temporary converter is made then.
+  // null, and a temporary converter is made then. The converter is a type of
+  // the library's inside, so these stay inside too: they are not exported.
+  [[gnu::visibility("hidden")]] static unsigned long RGB24ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long RGB32ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long TavoShiftedStraightRGB24ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long TavoShiftedStraightRGB32ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+
+  // The same conversions for applications, with a converter made per call.
   static unsigned long RGB24ToYUV420(unsigned char* const src, unsigned char* dst,
                                      unsigned long* dstSize, unsigned long width,
                                      unsigned long height, int srcStep, int dstStep,
-                                     bool progressive, orv::ColorSpaceConverter* converter);
+                                     bool progressive);
   static unsigned long RGB32ToYUV420(unsigned char* const src, unsigned char* dst,
                                      unsigned long* dstSize, unsigned long width,
                                      unsigned long height, int srcStep, int dstStep,
-                                     bool progressive, orv::ColorSpaceConverter* converter);
+                                     bool progressive);
   static unsigned long TavoShiftedStraightRGB24ToYUV420(unsigned char* const src,
                                                         unsigned char* dst, unsigned long* dstSize,
                                                         unsigned long width, unsigned long height,
-                                                        int srcStep, int dstStep, bool progressive,
-                                                        orv::ColorSpaceConverter* converter);
+                                                        int srcStep, int dstStep, bool progressive);
   static unsigned long TavoShiftedStraightRGB32ToYUV420(unsigned char* const src,
                                                         unsigned char* dst, unsigned long* dstSize,
                                                         unsigned long width, unsigned long height,
-                                                        int srcStep, int dstStep, bool progressive,
-                                                        orv::ColorSpaceConverter* converter);
+                                                        int srcStep, int dstStep, bool progressive);
   static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
                                            unsigned long* dstSize, unsigned long width,
                                            unsigned long height, int srcStep, int dstStep,
-                                           bool progressive, orv::ColorSpaceConverter* converter);
+                                           bool progressive);
 
   // Short forms of conversions that also work on one field (see the private
   // full forms): these convert the whole frame.
@@ -633,47 +654,38 @@ class ORV_API OrvImage {
   // `field` converts only FIELD_TOP or FIELD_BOTTOM (counted from the
   // display's top) and leaves the other lines as they were; `work` keeps work
   // planes between frames; `converter` is the instance's colour converter.
-  static unsigned long YUV420ToRGB24(unsigned char* const src, unsigned char* dst,
-                                     unsigned long* dstSize, unsigned long width,
-                                     unsigned long height, int srcStep, int dstStep,
-                                     bool progressive, FIELD_TYPE field);
-  static unsigned long YUV420ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
-                                           unsigned long* dstSize, unsigned long width,
-                                           unsigned long height, int srcStep, int dstStep,
-                                           bool progressive, FIELD_TYPE field,
-                                           orv::ColorSpaceConverter* converter);
-  static unsigned long YUV420ToYV12(unsigned char* const src, unsigned char* dst,
-                                    unsigned long* dstSize, unsigned long width,
-                                    unsigned long height, int srcStep, int dstStep,
-                                    FIELD_TYPE field);
-  static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
-                                           unsigned long* dstSize, unsigned long width,
-                                           unsigned long height, int srcStep, int dstStep,
-                                           bool progressive, FIELD_TYPE field,
-                                           std::vector<OrvMemory*>* work,
-                                           orv::ColorSpaceConverter* converter);
-  static unsigned long CCIR601YUY2ToYV12(unsigned char* const src, unsigned char* dst,
-                                         unsigned long* dstSize, unsigned long width,
-                                         unsigned long height, int srcStep, int dstStep,
-                                         bool progressive, FIELD_TYPE field,
-                                         std::vector<OrvMemory*>* work);
+  [[gnu::visibility("hidden")]] static unsigned long YUV420ToRGB24(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field);
+  [[gnu::visibility("hidden")]] static unsigned long YUV420ToCCIR601YUY2(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long YUV420ToYV12(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, FIELD_TYPE field);
+  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
+      std::vector<OrvMemory*>* work, orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYV12(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
+      std::vector<OrvMemory*>* work);
 
   // ---- Colour-conversion dispatch ------------------------------------------
   // Runs the one conversion that serves the pair (srcFormat, dstFormat); 3 for
   // a pair with no route or an unknown format.
-  static unsigned long ColorConvert(unsigned char* const src, unsigned char* dst,
-                                    unsigned long* dstSize, unsigned long width,
-                                    unsigned long height, COLOR_FORMAT_TYPE srcFormat,
-                                    COLOR_FORMAT_TYPE dstFormat, int srcStep, int dstStep,
-                                    bool progressive, FIELD_TYPE field,
-                                    std::vector<OrvMemory*>* work,
-                                    orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long ColorConvert(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, COLOR_FORMAT_TYPE srcFormat, COLOR_FORMAT_TYPE dstFormat, int srcStep,
+      int dstStep, bool progressive, FIELD_TYPE field, std::vector<OrvMemory*>* work,
+      orv::ColorSpaceConverter* converter);
   // The common body of the conversions into CF_YUV420 from formats 0, 2, 3, 4, 5.
-  static unsigned long ColorConvertToYUV420(COLOR_FORMAT_TYPE srcFormat, unsigned char* const src,
-                                            unsigned char* dst, unsigned long* dstSize,
-                                            unsigned long width, unsigned long height, int srcStep,
-                                            int dstStep, bool progressive,
-                                            orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long ColorConvertToYUV420(
+      COLOR_FORMAT_TYPE srcFormat, unsigned char* const src, unsigned char* dst,
+      unsigned long* dstSize, unsigned long width, unsigned long height, int srcStep, int dstStep,
+      bool progressive, orv::ColorSpaceConverter* converter);
 
   // Lets the test suite reach the private stages.
   friend struct OrvImageTestAccess;
