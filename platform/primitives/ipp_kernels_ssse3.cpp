@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "platform/primitives/ipp_color_math.h"
 #include "platform/primitives/ipp_kernels.h"
@@ -364,6 +365,90 @@ void SwapC3(const uint8_t* s, uint8_t* d, int width, const int order[3]) {
   if (x < width) PlainKernels().swapC3(s + 3 * x, d + 3 * x, width - x, order);
 }
 
+// Horizontal resize pass. Weight groups of `taps` (at most 8 for the one-channel
+// form) are read as whole vectors and masked; the plan keeps zeroed room past
+// its last group and the line keeps room past its last sample.
+inline __m128i Round20(__m128i acc) {
+  return _mm_srai_epi32(_mm_add_epi32(acc, _mm_set1_epi32(1 << 19)), 20);
+}
+
+void FilterHorizontalC1(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  if (taps > 8) {
+    PlainKernels().filterHorizontalC1(src, start, coef, taps, dst, width);
+    return;
+  }
+  alignas(16) int16_t m[8];
+  for (int i = 0; i < 8; ++i) m[i] = static_cast<int16_t>(i < taps ? -1 : 0);
+  const __m128i mask = _mm_load_si128(reinterpret_cast<const __m128i*>(m));
+  int x = 0;
+  for (; x + 4 <= width; x += 4) {
+    __m128i p[4];
+    for (int j = 0; j < 4; ++j)
+      p[j] = _mm_madd_epi16(_mm_and_si128(Ld(coef + static_cast<ptrdiff_t>(x + j) * taps), mask),
+                            Ld(src + start[x + j]));
+    const __m128i h = _mm_hadd_epi32(_mm_hadd_epi32(p[0], p[1]), _mm_hadd_epi32(p[2], p[3]));
+    const __m128i r = Round20(h);
+    const __m128i b = _mm_packus_epi16(_mm_packs_epi32(r, r), _mm_setzero_si128());
+    const int v = _mm_cvtsi128_si32(b);
+    std::memcpy(dst + x, &v, 4);
+  }
+  if (x < width)
+    PlainKernels().filterHorizontalC1(src, start + x, coef + static_cast<ptrdiff_t>(x) * taps, taps,
+                                      dst + x, width - x);
+}
+
+inline __m128i PairW(const int16_t* c, int t, int taps) {
+  return Pair(c[t], t + 1 < taps ? c[t + 1] : 0);
+}
+
+void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  const __m128i z = _mm_setzero_si128();
+  for (int x = 0; x < width; ++x, coef += taps) {
+    const int16_t* s = src + static_cast<ptrdiff_t>(start[x]) * 4;
+    __m128i acc = z;
+    int t = 0;
+    for (; t + 2 <= taps; t += 2) {
+      const __m128i v = Ld(s + 4 * t);
+      acc = _mm_add_epi32(
+          acc, _mm_madd_epi16(_mm_unpacklo_epi16(v, _mm_srli_si128(v, 8)), PairW(coef, t, taps)));
+    }
+    if (t < taps) {
+      const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + 4 * t));
+      acc = _mm_add_epi32(acc, _mm_madd_epi16(_mm_unpacklo_epi16(v, z), PairW(coef, t, taps)));
+    }
+    const __m128i r = Round20(acc);
+    const int v = _mm_cvtsi128_si32(_mm_packus_epi16(_mm_packs_epi32(r, r), z));
+    std::memcpy(dst + 4 * x, &v, 4);
+  }
+}
+
+void FilterHorizontalC3(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  const __m128i z = _mm_setzero_si128();
+  const __m128i two = _mm_setr_epi8(0, 1, 6, 7, 2, 3, 8, 9, 4, 5, 10, 11, -128, -128, -128, -128);
+  const __m128i one =
+      _mm_setr_epi8(0, 1, -128, -128, 2, 3, -128, -128, 4, 5, -128, -128, -128, -128, -128, -128);
+  for (int x = 0; x < width; ++x, coef += taps) {
+    const int16_t* s = src + static_cast<ptrdiff_t>(start[x]) * 3;
+    __m128i acc = z;
+    int t = 0;
+    for (; t + 2 <= taps; t += 2)
+      acc = _mm_add_epi32(
+          acc, _mm_madd_epi16(_mm_shuffle_epi8(Ld(s + 3 * t), two), PairW(coef, t, taps)));
+    if (t < taps)
+      acc = _mm_add_epi32(
+          acc,
+          _mm_madd_epi16(
+              _mm_shuffle_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + 3 * t)), one),
+              PairW(coef, t, taps)));
+    const __m128i r = Round20(acc);
+    const int v = _mm_cvtsi128_si32(_mm_packus_epi16(_mm_packs_epi32(r, r), z));
+    std::memcpy(dst + 3 * x, &v, 3);
+  }
+}
+
 }  // namespace
 
 void InstallSsse3Kernels(Kernels* k) {
@@ -381,6 +466,9 @@ void InstallSsse3Kernels(Kernels* k) {
   k->reverseC1 = ReverseC1;
   k->reverseC3 = ReverseC3;
   k->swapC3 = SwapC3;
+  k->filterHorizontalC1 = FilterHorizontalC1;
+  k->filterHorizontalC3 = FilterHorizontalC3;
+  k->filterHorizontalC4 = FilterHorizontalC4;
 }
 
 }  // namespace ipp

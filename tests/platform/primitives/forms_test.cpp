@@ -185,7 +185,7 @@ std::vector<Case> CasesFor(int w, int h) {
       });
   for (int C : {1, 3, 4})
     for (int interp : {IPPI_INTER_NN, IPPI_INTER_LINEAR, IPPI_INTER_CUBIC, IPPI_INTER_SUPER})
-      for (double f : {0.37, 1.0, 2.0, 2.7}) {
+      for (double f : {0.1, 0.37, 1.0, 2.0, 2.7}) {
         const int dw = std::max(1, static_cast<int>(w * f)),
                   dh = std::max(1, static_cast<int>(h * f));
         add("Resize_C" + std::to_string(C) + "_i" + std::to_string(interp) + "_f" +
