@@ -324,6 +324,68 @@ void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, i
   }
 }
 
+// (x + 127) / 255 for 0 <= x <= 65025 in unsigned 16-bit lanes.
+inline __m256i Div255u16(__m256i x) {
+  const __m256i t = _mm256_add_epi16(x, _mm256_set1_epi16(128));
+  return _mm256_srli_epi16(_mm256_add_epi16(t, _mm256_srli_epi16(t, 8)), 8);
+}
+
+// (x + 127) / 255 in 32-bit lanes: exact up to 65662 and at least 255 above
+// 65025, so after saturation to 255 it equals min(255, (x + 127) / 255).
+inline __m256i Div255u32(__m256i x) {
+  const __m256i t = _mm256_add_epi32(x, _mm256_set1_epi32(128));
+  return _mm256_srli_epi32(_mm256_add_epi32(t, _mm256_srli_epi32(t, 8)), 8);
+}
+
+void AlphaMix(const uint8_t* a, const uint8_t* b, uint8_t* d, int count, int wa, int wb) {
+  const __m256i w = Pair(wa, wb);
+  int i = 0;
+  for (; i + 32 <= count; i += 32) {
+    const __m256i va = Ld(a + i), vb = Ld(b + i);
+    __m256i r[2];
+    for (int h = 0; h < 2; ++h) {
+      const __m256i x = h ? Hi16(va) : Lo16(va), y = h ? Hi16(vb) : Lo16(vb);
+      const __m256i lo = Div255u32(_mm256_madd_epi16(_mm256_unpacklo_epi16(x, y), w));
+      const __m256i hi = Div255u32(_mm256_madd_epi16(_mm256_unpackhi_epi16(x, y), w));
+      r[h] = _mm256_packs_epi32(lo, hi);
+    }
+    St(d + i, _mm256_packus_epi16(r[0], r[1]));
+  }
+  if (i < count) KernelsFor(SimdLevel::kSse2).alphaMix(a + i, b + i, d + i, count - i, wa, wb);
+}
+
+// "a over b" for four pixels held as 16-bit lanes (two per half).
+inline __m256i Over4(__m256i a, __m256i b) {
+  const __m256i c255 = _mm256_set1_epi16(255);
+  const __m256i wa = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a, 0xFF), 0xFF);
+  const __m256i ab = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(b, 0xFF), 0xFF);
+  const __m256i wb = Div255u16(_mm256_mullo_epi16(_mm256_sub_epi16(c255, wa), ab));
+  const __m256i col =
+      Div255u16(_mm256_add_epi16(_mm256_mullo_epi16(wa, a), _mm256_mullo_epi16(wb, b)));
+  const __m256i alphaLane = _mm256_setr_epi16(0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, -1);
+  return _mm256_blendv_epi8(col, _mm256_add_epi16(wa, wb), alphaLane);
+}
+
+void AlphaOverAC4(const uint8_t* a, const uint8_t* b, uint8_t* d, int width) {
+  int x = 0;
+  for (; x + 8 <= width; x += 8) {
+    const __m256i va = Ld(a + 4 * x), vb = Ld(b + 4 * x);
+    St(d + 4 * x, _mm256_packus_epi16(Over4(Lo16(va), Lo16(vb)), Over4(Hi16(va), Hi16(vb))));
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSse2).alphaOverAC4(a + 4 * x, b + 4 * x, d + 4 * x, width - x);
+}
+
+// Nearest neighbour of 4-byte pixels: one gather of eight pixels, each read whole.
+void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
+  int x = 0;
+  for (; x + 8 <= width; x += 8)
+    St(dst + 4 * x,
+       _mm256_i32gather_epi32(reinterpret_cast<const int*>(src),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(index + x)), 4));
+  if (x < width) PlainKernels().gatherC4(src, index + x, dst + 4 * x, width - x);
+}
+
 }  // namespace
 
 void InstallAvx2Kernels(Kernels* k) {
@@ -335,6 +397,9 @@ void InstallAvx2Kernels(Kernels* k) {
   k->jpegYccToRgbPlanes = JpegYccToRgbPlanes;
   k->jpegBgrToYcc = JpegBgrToYcc;
   k->filterVertical = FilterVertical;
+  k->alphaMix = AlphaMix;
+  k->alphaOverAC4 = AlphaOverAC4;
+  k->gatherC4 = GatherC4;
 }
 
 }  // namespace ipp
