@@ -51,6 +51,8 @@ const char* LevelName(SimdLevel l) {
       return "plain";
     case SimdLevel::kSse2:
       return "sse2";
+    case SimdLevel::kAvx512:
+      return "avx512";
     default:
       return "avx2";
   }
@@ -153,6 +155,7 @@ int Register() {
 #if ORV_X86_SIMD
   if (orv::DetectSimdLevel() >= SimdLevel::kSse2) levels.push_back(SimdLevel::kSse2);
   if (orv::DetectSimdLevel() >= SimdLevel::kAvx2) levels.push_back(SimdLevel::kAvx2);
+  if (orv::DetectSimdLevel() >= SimdLevel::kAvx512) levels.push_back(SimdLevel::kAvx512);
 #endif
   struct From {
     const char* name;

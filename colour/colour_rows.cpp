@@ -216,6 +216,7 @@ const PlanarRows& GetPlanarRows(SimdLevel level) {
 
 const RgbRows& GetRgbRows(SimdLevel level) {
 #if ORV_X86_SIMD
+  if (level >= SimdLevel::kAvx512) return Avx512RgbRows();
   if (level >= SimdLevel::kAvx2) return Avx2RgbRows();
   if (level >= SimdLevel::kSse2) return Sse2RgbRows();
 #else

@@ -108,6 +108,8 @@ const PlanarRows& Sse2PlanarRows();
 const RgbRows& Sse2RgbRows();
 const PlanarRows& Avx2PlanarRows();
 const RgbRows& Avx2RgbRows();
+// The general route's terms, filter and 32-bit pixels; the rest as AVX2.
+const RgbRows& Avx512RgbRows();
 #endif
 
 }  // namespace colour
