@@ -141,6 +141,79 @@ void RgbToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* 
   }
 }
 
+// B and G of four pixels per 128-bit half as words [B0-3 | G0-3], and R as
+// words [R0-3 | 0], straight from the raw bytes of 8 pixels (3 or 4 bytes each).
+template <int kBpp>
+inline void SplitWords(const uint8_t* p, __m256i* bg, __m256i* r) {
+  __m256i v;
+  if (kBpp == 4) {
+    v = LoadU(p);
+  } else {
+    v = _mm256_inserti128_si256(
+        _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))),
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 12)), 1);
+  }
+  const int s = kBpp;
+  const __m256i mbg = _mm256_setr_epi8(0, -1, s, -1, 2 * s, -1, 3 * s, -1, 1, -1, s + 1, -1,
+                                       2 * s + 1, -1, 3 * s + 1, -1, 0, -1, s, -1, 2 * s, -1, 3 * s,
+                                       -1, 1, -1, s + 1, -1, 2 * s + 1, -1, 3 * s + 1, -1);
+  const __m256i mr = _mm256_setr_epi8(2, -1, s + 2, -1, 2 * s + 2, -1, 3 * s + 2, -1, -1, -1, -1,
+                                      -1, -1, -1, -1, -1, 2, -1, s + 2, -1, 2 * s + 2, -1,
+                                      3 * s + 2, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+  *bg = _mm256_shuffle_epi8(v, mbg);
+  *r = _mm256_shuffle_epi8(v, mr);
+}
+
+// Luma of 32 pixels of one line into y; the words of their left pixels (pair
+// order of EvenPixels16) into eb, eg, er.
+template <int kBpp>
+inline void LumaAndEven(const uint8_t* p, uint8_t* y, const PlanarCoefs& c, __m256i* eb,
+                        __m256i* eg, __m256i* er) {
+  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+  const __m256i evenWords = _mm256_set1_epi32(0xFFFF);
+  __m256i bg[4], r[4];
+  for (int k = 0; k < 4; ++k) SplitWords<kBpp>(p + 8 * k * kBpp, &bg[k], &r[k]);
+  __m256i lumas[2], B[2], G[2], R[2];
+  for (int h = 0; h < 2; ++h) {
+    // Words of pixels [0-3, 8-11 | 4-7, 12-15] (plus 16 h), as the packs order.
+    B[h] = _mm256_unpacklo_epi64(bg[2 * h], bg[2 * h + 1]);
+    G[h] = _mm256_unpackhi_epi64(bg[2 * h], bg[2 * h + 1]);
+    R[h] = _mm256_unpacklo_epi64(r[2 * h], r[2 * h + 1]);
+    lumas[h] = Luma16(B[h], G[h], R[h], c);
+  }
+  StoreU(y, _mm256_permutevar8x32_epi32(_mm256_packus_epi16(lumas[0], lumas[1]), order));
+  *eb = _mm256_packs_epi32(_mm256_and_si256(B[0], evenWords), _mm256_and_si256(B[1], evenWords));
+  *eg = _mm256_packs_epi32(_mm256_and_si256(G[0], evenWords), _mm256_and_si256(G[1], evenWords));
+  *er = _mm256_packs_epi32(_mm256_and_si256(R[0], evenWords), _mm256_and_si256(R[1], evenWords));
+}
+
+template <int kBpp>
+void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* ya, uint8_t* yb,
+              uint8_t* u, uint8_t* v, const PlanarCoefs& c) {
+  int j = 0;
+  // 3-byte pixels: the last 16-byte load reads 4 bytes past its pixels.
+  for (; j + 16 + (kBpp == 3 ? 1 : 0) <= pairs; j += 16) {
+    __m256i ab, ag, ar, bb, bg, br;
+    LumaAndEven<kBpp>(a + 2 * j * kBpp, ya + 2 * j, c, &ab, &ag, &ar);
+    LumaAndEven<kBpp>(b + 2 * j * kBpp, yb + 2 * j, c, &bb, &bg, &br);
+    auto s = [field](__m256i x, __m256i y) {
+      return field ? _mm256_slli_epi16(
+                         _mm256_add_epi16(_mm256_add_epi16(x, _mm256_add_epi16(x, x)), y), 5)
+                   : _mm256_slli_epi16(_mm256_add_epi16(x, y), 6);
+    };
+    const __m256i sb = s(ab, bb), sg = s(ag, bg), sr = s(ar, br);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(u + j),
+                     PairOrderToBytes(Chroma16(sb, sg, sr, c.bToU, c.gToU, c.rToU)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(v + j),
+                     PairOrderToBytes(Chroma16(sb, sg, sr, c.bToV, c.gToV, c.rToV)));
+  }
+  if (j < pairs) {
+    const PlanarRows& next = Sse2PlanarRows();
+    (kBpp == 3 ? next.rgb24ToYUV : next.rgb32ToYUV)(a + 2 * j * kBpp, b + 2 * j * kBpp, pairs - j,
+                                                    field, ya + 2 * j, yb + 2 * j, u + j, v + j, c);
+  }
+}
+
 // ----- YUY2 ------------------------------------------------------------------
 
 void Yuy2ToY(const uint8_t* src, int pairs, uint8_t* y) {
@@ -439,8 +512,8 @@ void LineMean(const uint8_t* p, const uint8_t* q, int bytes, uint8_t* dst) {
 }  // namespace
 
 const PlanarRows& Avx2PlanarRows() {
-  static const PlanarRows rows = {RgbToY<3>, RgbToY<4>, RgbToUV<3>, RgbToUV<4>,
-                                  Yuy2ToY,   Yuy2ToUV,  ToYuy2};
+  static const PlanarRows rows = {RgbToY<3>,   RgbToY<4>, RgbToUV<3>, RgbToUV<4>, RgbToYUV<3>,
+                                  RgbToYUV<4>, Yuy2ToY,   Yuy2ToUV,   ToYuy2};
   return rows;
 }
 

@@ -130,6 +130,14 @@ void RgbToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* 
   }
 }
 
+template <int kBpp>
+void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* ya, uint8_t* yb,
+              uint8_t* u, uint8_t* v, const PlanarCoefs& c) {
+  RgbToY<kBpp>(a, pairs, ya, c);
+  RgbToY<kBpp>(b, pairs, yb, c);
+  RgbToUV<kBpp>(a, b, pairs, field, u, v, c);
+}
+
 // ----- YUY2 ------------------------------------------------------------------
 
 void Yuy2ToY(const uint8_t* src, int pairs, uint8_t* y) {
@@ -372,8 +380,8 @@ void LineMean(const uint8_t* p, const uint8_t* q, int bytes, uint8_t* dst) {
 }  // namespace
 
 const PlanarRows& Sse2PlanarRows() {
-  static const PlanarRows rows = {RgbToY<3>, RgbToY<4>, RgbToUV<3>, RgbToUV<4>,
-                                  Yuy2ToY,   Yuy2ToUV,  ToYuy2};
+  static const PlanarRows rows = {RgbToY<3>,   RgbToY<4>, RgbToUV<3>, RgbToUV<4>, RgbToYUV<3>,
+                                  RgbToYUV<4>, Yuy2ToY,   Yuy2ToUV,   ToYuy2};
   return rows;
 }
 

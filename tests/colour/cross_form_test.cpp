@@ -171,7 +171,8 @@ TEST(CrossForm, Cto420ProcessorFormAtEveryLevelEqualsItsPlainTwin) {
       for (const PlanarOp& op : ops) {
         for (int w = 1; w <= 66; ++w)
           for (int h : kPlanarHeights) {
-            ComparePlanar(op, twin, form, w, h, (w + h) % 6, ++seed, (seed & 3) == 0, level);
+            ++seed;
+            ComparePlanar(op, twin, form, w, h, (w + h) % 6, seed, (seed & 3) == 0, level);
             if (HasFatalFailure()) return;
           }
         for (int w : {1920, 1922})
