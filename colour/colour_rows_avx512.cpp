@@ -1,7 +1,7 @@
 // AVX-512 bodies of the hottest colour rows: the general route's terms, filter
-// and 32-bit pixels, 64 pixels a step. Everything else, and the rest of each
-// row, goes to the AVX2 bodies, so the bytes are the plain bytes.
-// GCC 12 warns inside its own AVX-512 header (undefined pass-through operands).
+// and pixels of 32 and 24 bits, and the 24-bit route, 64 pixels a step. Everything else, and the
+// rest of each row, goes to the AVX2 bodies, so the bytes are the plain bytes. GCC 12 warns inside
+// its own AVX-512 header (undefined pass-through operands).
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
@@ -125,11 +125,103 @@ inline void Store32(uint8_t* d, __m512i c0, __m512i c1, __m512i c2, __m512i c3) 
   StoreU(d + 192, _mm512_shuffle_i64x2(t2, t3, 0xDD));
 }
 
+// 64 pixels of 3 bytes B G R from byte vectors in quarter order.
+inline void Store24(uint8_t* d, __m512i b, __m512i g, __m512i r) {
+  const __m512i mb0 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5));
+  const __m512i mg0 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1));
+  const __m512i mr0 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1));
+  const __m512i mb1 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1));
+  const __m512i mg1 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10));
+  const __m512i mr1 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1));
+  const __m512i mb2 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1));
+  const __m512i mg2 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1));
+  const __m512i mr2 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15));
+  // Quarter k of o0, o1, o2 holds the 16-byte blocks 3k, 3k+1, 3k+2 of the output.
+  const __m512i o0 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_shuffle_epi8(b, mb0), _mm512_shuffle_epi8(g, mg0)),
+                      _mm512_shuffle_epi8(r, mr0));
+  const __m512i o1 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_shuffle_epi8(b, mb1), _mm512_shuffle_epi8(g, mg1)),
+                      _mm512_shuffle_epi8(r, mr1));
+  const __m512i o2 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_shuffle_epi8(b, mb2), _mm512_shuffle_epi8(g, mg2)),
+                      _mm512_shuffle_epi8(r, mr2));
+  // Blocks 0-3: o0.q0 o1.q0 o2.q0 o0.q1; 4-7: o1.q1 o2.q1 o0.q2 o1.q2;
+  // 8-11: o2.q2 o0.q3 o1.q3 o2.q3 (qword indices, 8 and up from the second source).
+  const __m512i t0 = _mm512_permutex2var_epi64(o0, _mm512_setr_epi64(0, 1, 8, 9, 0, 0, 2, 3), o1);
+  StoreU(d, _mm512_permutex2var_epi64(t0, _mm512_setr_epi64(0, 1, 2, 3, 8, 9, 6, 7), o2));
+  const __m512i t1 = _mm512_permutex2var_epi64(o1, _mm512_setr_epi64(2, 3, 0, 0, 12, 13, 4, 5), o0);
+  StoreU(d + 64, _mm512_permutex2var_epi64(t1, _mm512_setr_epi64(0, 1, 10, 11, 4, 5, 6, 7), o2));
+  const __m512i t2 = _mm512_permutex2var_epi64(o2, _mm512_setr_epi64(4, 5, 14, 15, 0, 0, 6, 7), o0);
+  StoreU(d + 128, _mm512_permutex2var_epi64(t2, _mm512_setr_epi64(0, 1, 2, 3, 14, 15, 6, 7), o1));
+}
+
+void Route24(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
+             const uint8_t* vb, int width, int wa, int wb, int mul, const RgbMatrix& m,
+             uint8_t* dst) {
+  const int n = width / 2;
+  const __m512i c128 = Set16(128), WA = Set16(wa), WB = Set16(wb), MUL = Set16(mul);
+  const __m512i gain = Set16(m.yGain24), off = Set16(m.yOffset24), low = Set16(0xFF);
+  const __m512i uToB = Set16(m.uToB), uToG = Set16(m.uToG), vToG = Set16(m.vToG),
+                vToR = Set16(m.vToR);
+  const __m512i order =
+      _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+  auto chroma = [&](const uint8_t* a, const uint8_t* b, __m512i* even, __m512i* odd) {
+    const __m512i a0 = _mm512_sub_epi16(Load32(a), c128);
+    const __m512i a1 = _mm512_sub_epi16(Load32(a + 1), c128);
+    const __m512i b0 = _mm512_sub_epi16(Load32(b), c128);
+    const __m512i b1 = _mm512_sub_epi16(Load32(b + 1), c128);
+    const __m512i ea = _mm512_add_epi16(a0, a0), oa = _mm512_add_epi16(a0, a1);
+    const __m512i eb = _mm512_add_epi16(b0, b0), ob = _mm512_add_epi16(b0, b1);
+    *even = _mm512_mullo_epi16(
+        _mm512_add_epi16(_mm512_mullo_epi16(ea, WA), _mm512_mullo_epi16(eb, WB)), MUL);
+    *odd = _mm512_mullo_epi16(
+        _mm512_add_epi16(_mm512_mullo_epi16(oa, WA), _mm512_mullo_epi16(ob, WB)), MUL);
+  };
+  auto pack = [&](__m512i even, __m512i odd) {
+    return _mm512_shuffle_epi8(
+        _mm512_packus_epi16(_mm512_srai_epi16(even, 4), _mm512_srai_epi16(odd, 4)), order);
+  };
+  int i = 0;
+  // Column i + 32 must be a real column: the edge pixel is left to the next body.
+  for (; i + 32 < n; i += 32) {
+    __m512i eue, euo, eve, evo;
+    chroma(ua + i, ub + i, &eue, &euo);
+    chroma(va + i, vb + i, &eve, &evo);
+    const __m512i yy = LoadU(y + 2 * i);
+    const __m512i le = _mm512_sub_epi16(
+        _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_and_si512(yy, low), 7), gain), off);
+    const __m512i lo = _mm512_sub_epi16(
+        _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_srli_epi16(yy, 8), 7), gain), off);
+    const __m512i B = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToB)),
+                           _mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToB)));
+    const __m512i G = pack(_mm512_add_epi16(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToG)),
+                                            _mm512_mulhi_epi16(eve, vToG)),
+                           _mm512_add_epi16(_mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToG)),
+                                            _mm512_mulhi_epi16(evo, vToG)));
+    const __m512i R = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eve, vToR)),
+                           _mm512_add_epi16(lo, _mm512_mulhi_epi16(evo, vToR)));
+    Store24(dst + 6 * i, B, G, R);
+  }
+  if (i < n)
+    Avx2RgbRows().route24(y + 2 * i, ua + i, ub + i, va + i, vb + i, width - 2 * i, wa, wb, mul, m,
+                          dst + 6 * i);
+}
+
 void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t* b, int width,
             const RgbMatrix& m, PixelKind kind, uint8_t* dst) {
   const int n = width / 2;
   int i = 0;
-  if (kind == kPixBgr0 || kind == kPixBgra || kind == kPix0rgb) {
+  if (kind == kPixBgr0 || kind == kPixBgra || kind == kPix0rgb || kind == kPixBgr) {
     const __m512i gain = Set16(m.yGain), off = Set16(m.yOffset), low = Set16(0xFF);
     const __m512i alpha = kind == kPixBgra ? _mm512_set1_epi8(-1) : _mm512_setzero_si512();
     for (; i + 32 <= n; i += 32) {
@@ -141,7 +233,9 @@ void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t*
       const __m512i R = Colour64(te, to, r + i);
       const __m512i G = Colour64(te, to, g + i);
       const __m512i B = Colour64(te, to, b + i);
-      if (kind == kPix0rgb)
+      if (kind == kPixBgr)
+        Store24(dst + 6 * i, B, G, R);
+      else if (kind == kPix0rgb)
         Store32(dst + 8 * i, _mm512_setzero_si512(), R, G, B);
       else
         Store32(dst + 8 * i, B, G, R, alpha);
@@ -156,8 +250,7 @@ void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t*
 }  // namespace
 
 const RgbRows& Avx512RgbRows() {
-  static const RgbRows rows = {Terms, Filter, Pixels, Avx2RgbRows().route24,
-                               Avx2RgbRows().lineMean};
+  static const RgbRows rows = {Terms, Filter, Pixels, Route24, Avx2RgbRows().lineMean};
   return rows;
 }
 
