@@ -67,7 +67,7 @@ struct AxisPass {
 // The short forms of a four-tap area table: 16-bit weights when they fit, and
 // when they fit a signed byte the byte-shuffle groups, the leading groups of
 // four outputs whose taps lie in 16 bytes that stay inside the line.
-bool BuildShuffleGroups(AxisPass* pass) {
+bool BuildShortTaps(AxisPass* pass) {
   TapTable& t = pass->taps;
   const int n = pass->dstLength;
   if (t.taps != 4 || pass->grid.q > 32767) return true;
@@ -175,7 +175,7 @@ bool BuildAreaTaps(AxisPass* pass) {
   }
   pass->taps = TapTable{taps, 0, n, start, packed, 0, 0, nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
-  return BuildShuffleGroups(pass);
+  return BuildShortTaps(pass);
 }
 
 // The cubic tables: index and weights for every output (one entry more, as a
