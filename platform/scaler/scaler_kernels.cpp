@@ -40,6 +40,10 @@ void NarrowPlain(const int16_t* in, uint8_t* out, int width) {
 Kernels SelectKernels(SimdLevel level) {
   level = std::min(level, DetectSimdLevel());
 #if ORV_X86_SIMD
+  // The AVX-512 form widens the vertical pass; the horizontal pass gains
+  // nothing from wider vectors (it is bound by its gathers) and stays AVX2.
+  if (level >= SimdLevel::kAvx512)
+    return {SimdLevel::kAvx512, VerticalAvx512, HorizontalAvx2, NarrowAvx2};
   if (level >= SimdLevel::kAvx2)
     return {SimdLevel::kAvx2, VerticalAvx2, HorizontalAvx2, NarrowAvx2};
   if (level >= SimdLevel::kSse2)

@@ -50,6 +50,8 @@ void VerticalAvx2(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* c
 void HorizontalAvx2(const int16_t* in, uint8_t* out, int width, const int32_t* start,
                     const int16_t* coefs, int stride);
 void NarrowAvx2(const int16_t* in, uint8_t* out, int width);
+void VerticalAvx512(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* coefs,
+                    int16_t* out, int width);
 #endif
 
 }  // namespace vrscl

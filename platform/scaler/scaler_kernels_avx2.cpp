@@ -69,34 +69,70 @@ inline __m256i Madd2x8(const int16_t* p0, const int16_t* p1, const int16_t* c0, 
 
 }  // namespace
 
-void HorizontalAvx2(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                    const int16_t* coefs, int stride) {
+namespace {
+
+// Eight destination samples from i on, for a tap stride of 8 x kChunks (or
+// `stride` when kChunks is 0). Accumulator j holds sample i + j in its low
+// lane and i + j + 4 in its high lane.
+template <int kChunks>
+inline __m256i Horizontal8(const int16_t* in, const int32_t* start, const int16_t* c, int stride) {
+  const int n = kChunks > 0 ? 8 * kChunks : stride;
+  const int16_t* p0 = in + start[0];
+  const int16_t* p1 = in + start[1];
+  const int16_t* p2 = in + start[2];
+  const int16_t* p3 = in + start[3];
+  const int16_t* p4 = in + start[4];
+  const int16_t* p5 = in + start[5];
+  const int16_t* p6 = in + start[6];
+  const int16_t* p7 = in + start[7];
+  __m256i a0 = _mm256_setzero_si256(), a1 = a0, a2 = a0, a3 = a0;
+  for (int k = 0; k < n; k += 8) {
+    a0 = _mm256_add_epi32(a0, Madd2x8(p0 + k, p4 + k, c + k, c + 4 * n + k));
+    a1 = _mm256_add_epi32(a1, Madd2x8(p1 + k, p5 + k, c + n + k, c + 5 * n + k));
+    a2 = _mm256_add_epi32(a2, Madd2x8(p2 + k, p6 + k, c + 2 * n + k, c + 6 * n + k));
+    a3 = _mm256_add_epi32(a3, Madd2x8(p3 + k, p7 + k, c + 3 * n + k, c + 7 * n + k));
+  }
+  // Low lane: sums of i .. i + 3; high lane: i + 4 .. i + 7.
+  return _mm256_hadd_epi32(_mm256_hadd_epi32(a0, a1), _mm256_hadd_epi32(a2, a3));
+}
+
+template <int kChunks>
+void HorizontalLoop(const int16_t* in, uint8_t* out, int width, const int32_t* start,
+                    const int16_t* coefs, int stride, int* done) {
   const __m256i round = _mm256_set1_epi32(1 << (kHorizontalShift - 1));
   int i = 0;
-  for (; i + 8 <= width; i += 8) {
-    // Accumulator j holds destination sample i + j in its low lane and
-    // i + j + 4 in its high lane.
-    const int16_t* p[8];
-    const int16_t* c[8];
-    for (int j = 0; j < 8; ++j) {
-      p[j] = in + start[i + j];
-      c[j] = coefs + static_cast<ptrdiff_t>(i + j) * stride;
-    }
-    __m256i a0 = _mm256_setzero_si256(), a1 = a0, a2 = a0, a3 = a0;
-    for (int k = 0; k < stride; k += 8) {
-      a0 = _mm256_add_epi32(a0, Madd2x8(p[0] + k, p[4] + k, c[0] + k, c[4] + k));
-      a1 = _mm256_add_epi32(a1, Madd2x8(p[1] + k, p[5] + k, c[1] + k, c[5] + k));
-      a2 = _mm256_add_epi32(a2, Madd2x8(p[2] + k, p[6] + k, c[2] + k, c[6] + k));
-      a3 = _mm256_add_epi32(a3, Madd2x8(p[3] + k, p[7] + k, c[3] + k, c[7] + k));
-    }
-    // Low lane: sums of i .. i + 3; high lane: i + 4 .. i + 7.
-    __m256i s = _mm256_hadd_epi32(_mm256_hadd_epi32(a0, a1), _mm256_hadd_epi32(a2, a3));
-    s = _mm256_srai_epi32(_mm256_add_epi32(s, round), kHorizontalShift);
-    s = _mm256_packs_epi32(s, s);
-    s = _mm256_packus_epi16(s, s);
-    const __m128i bytes =
-        _mm_unpacklo_epi32(_mm256_castsi256_si128(s), _mm256_extracti128_si256(s, 1));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), bytes);
+  for (; i + 16 <= width; i += 16) {
+    const int16_t* c = coefs + static_cast<ptrdiff_t>(i) * stride;
+    __m256i s0 = Horizontal8<kChunks>(in, start + i, c, stride);
+    __m256i s1 = Horizontal8<kChunks>(in, start + i + 8, c + 8 * stride, stride);
+    s0 = _mm256_srai_epi32(_mm256_add_epi32(s0, round), kHorizontalShift);
+    s1 = _mm256_srai_epi32(_mm256_add_epi32(s1, round), kHorizontalShift);
+    // Words: [0-3, 8-11 | 4-7, 12-15]; bytes then per lane [0-3 8-11 0-3 8-11 | 4-7 12-15 ...].
+    __m256i b = _mm256_packus_epi16(_mm256_packs_epi32(s0, s1), _mm256_setzero_si256());
+    b = _mm256_permutevar8x32_epi32(b, _mm256_setr_epi32(0, 4, 1, 5, 0, 0, 0, 0));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm256_castsi256_si128(b));
+  }
+  *done = i;
+}
+
+}  // namespace
+
+void HorizontalAvx2(const int16_t* in, uint8_t* out, int width, const int32_t* start,
+                    const int16_t* coefs, int stride) {
+  int i = 0;
+  switch (stride) {
+    case 8:
+      HorizontalLoop<1>(in, out, width, start, coefs, stride, &i);
+      break;
+    case 16:
+      HorizontalLoop<2>(in, out, width, start, coefs, stride, &i);
+      break;
+    case 24:
+      HorizontalLoop<3>(in, out, width, start, coefs, stride, &i);
+      break;
+    default:
+      HorizontalLoop<0>(in, out, width, start, coefs, stride, &i);
+      break;
   }
   if (i < width) {
     HorizontalSse2(in, out + i, width - i, start + i, coefs + static_cast<ptrdiff_t>(i) * stride,

@@ -115,10 +115,17 @@ TEST_P(VrsclForms, RowKernelsEqualThePlainForm) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AllLevels, VrsclForms,
-                         ::testing::Values(orv::SimdLevel::kSse2, orv::SimdLevel::kAvx2),
+                         ::testing::Values(orv::SimdLevel::kSse2, orv::SimdLevel::kAvx2,
+                                           orv::SimdLevel::kAvx512),
                          [](const ::testing::TestParamInfo<orv::SimdLevel>& info) {
-                           return info.param == orv::SimdLevel::kSse2 ? std::string("Sse2")
-                                                                      : std::string("Avx2");
+                           switch (info.param) {
+                             case orv::SimdLevel::kSse2:
+                               return std::string("Sse2");
+                             case orv::SimdLevel::kAvx2:
+                               return std::string("Avx2");
+                             default:
+                               return std::string("Avx512");
+                           }
                          });
 
 }  // namespace
