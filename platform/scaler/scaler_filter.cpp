@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace orv {
 namespace vrscl {
@@ -92,6 +93,23 @@ void BuildAxisTable(int srcSize, int dstSize, int lumaSrc, int lumaDst, int alig
     }
     c[largest] = static_cast<int16_t>(c[largest] + (kCoefOne - total));
   }
+  table->paired.clear();
+  if (align == kTapAlign) table->paired = PairCoefs(table->coefs.data(), dstSize, stride);
+}
+
+std::vector<int16_t> PairCoefs(const int16_t* coefs, int width, int stride) {
+  const int blocks = width / 8;
+  const int chunks = stride / 8;
+  std::vector<int16_t> out(static_cast<size_t>(blocks) * 8 * stride);
+  int16_t* o = out.data();
+  for (int b = 0; b < blocks; ++b)
+    for (int k = 0; k < chunks; ++k)
+      for (int j = 0; j < 4; ++j)
+        for (int h = 0; h < 2; ++h) {
+          const int16_t* c = coefs + static_cast<ptrdiff_t>(8 * b + j + 4 * h) * stride + 8 * k;
+          for (int t = 0; t < 8; ++t) *o++ = c[t];
+        }
+  return out;
 }
 
 }  // namespace vrscl

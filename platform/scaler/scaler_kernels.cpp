@@ -19,7 +19,7 @@ void VerticalPlain(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* 
 }
 
 void HorizontalPlain(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                     const int16_t* coefs, int stride) {
+                     const int16_t* coefs, const int16_t* /*paired*/, int stride) {
   for (int i = 0; i < width; ++i) {
     const int16_t* p = in + start[i];
     const int16_t* c = coefs + static_cast<ptrdiff_t>(i) * stride;

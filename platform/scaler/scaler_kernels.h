@@ -17,8 +17,10 @@ using VerticalFn = void (*)(const uint8_t* src, ptrdiff_t step, int taps, const 
                             int16_t* out, int width);
 // out[i] = sat8((sum_k coefs[i * stride + k] x in[start[i] + k] + 2^19) >> 20),
 // k < stride, i < width. `in` is readable up to start[i] + stride - 1.
+// `paired` is PairCoefs(coefs, width, stride); the plain and SSE2 forms
+// ignore it.
 using HorizontalFn = void (*)(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                              const int16_t* coefs, int stride);
+                              const int16_t* coefs, const int16_t* paired, int stride);
 // out[x] = sat8((in[x] + 32) >> 6): the horizontal pass of an identity axis.
 using NarrowFn = void (*)(const int16_t* in, uint8_t* out, int width);
 
@@ -36,19 +38,19 @@ Kernels SelectKernels(SimdLevel level);
 void VerticalPlain(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* coefs, int16_t* out,
                    int width);
 void HorizontalPlain(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                     const int16_t* coefs, int stride);
+                     const int16_t* coefs, const int16_t* paired, int stride);
 void NarrowPlain(const int16_t* in, uint8_t* out, int width);
 
 #if ORV_X86_SIMD
 void VerticalSse2(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* coefs, int16_t* out,
                   int width);
 void HorizontalSse2(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                    const int16_t* coefs, int stride);
+                    const int16_t* coefs, const int16_t* paired, int stride);
 void NarrowSse2(const int16_t* in, uint8_t* out, int width);
 void VerticalAvx2(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* coefs, int16_t* out,
                   int width);
 void HorizontalAvx2(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                    const int16_t* coefs, int stride);
+                    const int16_t* coefs, const int16_t* paired, int stride);
 void NarrowAvx2(const int16_t* in, uint8_t* out, int width);
 void VerticalAvx512(const uint8_t* src, ptrdiff_t step, int taps, const int16_t* coefs,
                     int16_t* out, int width);

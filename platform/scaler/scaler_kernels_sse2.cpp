@@ -60,7 +60,7 @@ inline __m128i Madd8(const int16_t* in, const int16_t* c) {
 }  // namespace
 
 void HorizontalSse2(const int16_t* in, uint8_t* out, int width, const int32_t* start,
-                    const int16_t* coefs, int stride) {
+                    const int16_t* coefs, const int16_t* /*paired*/, int stride) {
   const __m128i round = _mm_set1_epi32(1 << (kHorizontalShift - 1));
   int i = 0;
   for (; i + 4 <= width; i += 4) {
@@ -87,7 +87,7 @@ void HorizontalSse2(const int16_t* in, uint8_t* out, int width, const int32_t* s
   }
   if (i < width) {
     HorizontalPlain(in, out + i, width - i, start + i, coefs + static_cast<ptrdiff_t>(i) * stride,
-                    stride);
+                    nullptr, stride);
   }
 }
 

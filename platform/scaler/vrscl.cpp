@@ -52,7 +52,8 @@ void ScalePlane(const Instance& in, const PlaneTables& t, uint8_t* dst, ptrdiff_
     if (h.identity) {
       in.kernels.narrow(work, out, h.dstSize);
     } else {
-      in.kernels.horizontal(work, out, h.dstSize, h.start.data(), h.coefs.data(), h.stride);
+      in.kernels.horizontal(work, out, h.dstSize, h.start.data(), h.coefs.data(), h.paired.data(),
+                            h.stride);
     }
   }
 }
