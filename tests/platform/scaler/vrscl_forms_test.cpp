@@ -103,6 +103,27 @@ TEST_P(VrsclForms, RowKernelsEqualThePlainForm) {
       p.horizontal(in.data(), ob.data(), width, start.data(), hc.data(), nullptr, stride);
       ASSERT_EQ(oa, ob) << "horizontal " << width << " taps " << taps;
       EXPECT_EQ(oa[width], 0xA5);
+
+      // The passes of the horizontal-first order.
+      std::vector<uint8_t> bytesIn(inWidth);
+      for (auto& v : bytesIn) v = static_cast<uint8_t>(rng() & 1 ? 255 : rng());
+      std::vector<int16_t> wa(width + 8, 0x5A5A), wb(width + 8, 0x5A5A);
+      k.horizontalBytes(bytesIn.data(), wa.data(), width, start.data(), hc.data(), paired.data(),
+                        stride);
+      p.horizontalBytes(bytesIn.data(), wb.data(), width, start.data(), hc.data(), nullptr, stride);
+      ASSERT_EQ(wa, wb) << "horizontal bytes " << width << " taps " << taps;
+      std::vector<std::vector<int16_t>> lines(taps, std::vector<int16_t>(width));
+      std::vector<const int16_t*> rows(taps);
+      for (int t = 0; t < taps; ++t) {
+        for (auto& v : lines[t]) v = static_cast<int16_t>(rng() & 1 ? 32767 - (rng() & 7) : rng());
+        rows[t] = lines[t].data();
+      }
+      std::vector<int16_t> vc(taps);
+      for (auto& c : vc) c = static_cast<int16_t>(static_cast<int>(rng() % 4097) - 2048);
+      std::vector<uint8_t> va(width + 8, 0xA5), vb(width + 8, 0xA5);
+      k.verticalWords(rows.data(), taps, vc.data(), va.data(), width);
+      p.verticalWords(rows.data(), taps, vc.data(), vb.data(), width);
+      ASSERT_EQ(va, vb) << "vertical words " << width << " taps " << taps;
     }
     std::vector<int16_t> in(width);
     for (auto& v : in) v = static_cast<int16_t>(rng());
