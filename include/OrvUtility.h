@@ -16,4 +16,7 @@
 // Pictures
 #include <OrvImage.h>
 
+// Audio
+#include <OrvAudioConverter.h>
+
 #endif  // ORV_UTILITY_H_
