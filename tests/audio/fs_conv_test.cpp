@@ -23,8 +23,8 @@ std::vector<float> RunStream(FsConvEngine* engine, int channels, const std::vect
   for (int at = 0; at < frames;) {
     int n = pieces[next++ % pieces.size()];
     if (n > frames - at) n = frames - at;
-    const int made = engine->Process(n, input.data() + static_cast<size_t>(at) * channels,
-                                     buffer.data());
+    const int made =
+        engine->Process(n, input.data() + static_cast<size_t>(at) * channels, buffer.data());
     EXPECT_LE(made, engine->GetMaxOutputFrames());
     out.insert(out.end(), buffer.begin(), buffer.begin() + static_cast<size_t>(made) * channels);
     at += n;

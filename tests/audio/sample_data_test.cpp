@@ -69,10 +69,10 @@ TEST(SampleDataStreams, WriteFloorsAndClipsEachType) {
   unsigned char out[6 * 4];
   ASSERT_EQ(store.WriteInterleaved(orv::StreamInt16LSB, 0, 6, out, sizeof(out)), S_OK);
   const int16_t* s16 = reinterpret_cast<const int16_t*>(out);
-  EXPECT_EQ(s16[0], 32767);   // 32768 clipped
+  EXPECT_EQ(s16[0], 32767);  // 32768 clipped
   EXPECT_EQ(s16[1], -32768);
   EXPECT_EQ(s16[2], 16384);
-  EXPECT_EQ(s16[3], -1);      // floor, not round to nearest
+  EXPECT_EQ(s16[3], -1);  // floor, not round to nearest
   EXPECT_EQ(s16[4], 32767);
   EXPECT_EQ(s16[5], -32768);  // floor(-32767.67)
   ASSERT_EQ(store.WriteInterleaved(orv::StreamInt16MSB, 2, 1, out, 2), S_OK);
@@ -206,7 +206,8 @@ TEST(SampleDataMix, SurroundLayouts) {
   EXPECT_EQ(At(store, 0, 0), kC);
   Fill(&store, {{kL}, {kR}, {0.3f}});
   ASSERT_EQ(store.MixDown(0x103, 0.707, 0.707, 1), S_OK);
-  EXPECT_EQ(At(store, 0, 0), static_cast<float>(static_cast<float>(K * kL + K * kR) + K * K * 0.3f));
+  EXPECT_EQ(At(store, 0, 0),
+            static_cast<float>(static_cast<float>(K * kL + K * kR) + K * K * 0.3f));
 }
 
 TEST(SampleDataMix, RefusalsLeaveChannelsAsTheyWere) {
