@@ -46,16 +46,16 @@ int FsConvRunSumsPlain(const FsSumJob& job, int64_t* position) {
     const int64_t left = phase != 0 ? index - 2 * H + 1 : index - 2 * H;
     const int64_t right = index - H + 1;
     for (int c = 0; c < job.channels; ++c) {
-      const float* x = job.channel[c];
+      const double* x = job.channel[c];
       double lane[kFsSumLanes] = {0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
       for (int i = 0; i < hp; ++i) {
         double& acc = lane[i & (kFsSumLanes - 1)];
-        acc += static_cast<double>(x[left + i]) * tl[i];
-        acc += static_cast<double>(x[right + i]) * tr[i];
+        acc += x[left + i] * tl[i];
+        acc += x[right + i] * tr[i];
       }
       const double sum =
           ((lane[0] + lane[4]) + (lane[2] + lane[6])) + ((lane[1] + lane[5]) + (lane[3] + lane[7]));
-      const float centre = phase == 0 ? x[index - H] * job.centre : 0.0f;
+      const float centre = phase == 0 ? static_cast<float>(x[index - H] * job.centre) : 0.0f;
       job.out[c][made] = static_cast<float>(sum + centre);
     }
     ++made;
@@ -191,7 +191,7 @@ bool FsConvKernel::Build(int inRate, int outRate, int channels, int block, float
   block_ = block;
   bufferLength_ = historyLength_ + std::max(block, H);
   const size_t perChannel = static_cast<size_t>(bufferLength_) + kGuardFloats;
-  bufferStore_ = static_cast<float*>(std::calloc(perChannel * channels, sizeof(float)));
+  bufferStore_ = static_cast<double*>(std::calloc(perChannel * channels, sizeof(double)));
   if (bufferStore_ == nullptr) return false;
   for (int c = 0; c < channels; ++c) {
     channel_[c] = bufferStore_ + perChannel * c;
@@ -218,16 +218,16 @@ int FsConvKernel::Process(int frames, float* const* out) {
   const int made = FsConvRunSums(job, &position, level_);
   // Keep the last 2H frames (those ending at the block's end) as history.
   for (int c = 0; c < channels_; ++c) {
-    std::memmove(channel_[c], channel_[c] + frames, sizeof(float) * historyLength_);
+    std::memmove(channel_[c], channel_[c] + frames, sizeof(double) * historyLength_);
   }
   position_ = position - static_cast<int64_t>(l_) * frames;
   return made;
 }
 
 int FsConvKernel::Flush(float* const* out) {
-  for (int c = 0; c < channels_; ++c) std::memset(input_[c], 0, sizeof(float) * h_);
+  for (int c = 0; c < channels_; ++c) std::memset(input_[c], 0, sizeof(double) * h_);
   const int made = Process(h_, out);
-  for (int c = 0; c < channels_; ++c) std::memset(channel_[c], 0, sizeof(float) * historyLength_);
+  for (int c = 0; c < channels_; ++c) std::memset(channel_[c], 0, sizeof(double) * historyLength_);
   position_ = static_cast<int64_t>(3) * l_ * h_;
   return made;
 }
@@ -325,7 +325,7 @@ int FsConvEngine::Interleave(int frames, float* out) {
 int FsConvEngine::Process(int frames, const float* in, float* out) {
   if (!configured_ || frames <= 0 || frames > block_ || in == nullptr || out == nullptr) return 0;
   for (int c = 0; c < channels_; ++c) {
-    float* dst = kernel_->InputPointer(c);
+    double* dst = kernel_->InputPointer(c);
     const float* src = in + c;
     for (int f = 0; f < frames; ++f) dst[f] = src[static_cast<size_t>(f) * channels_];
   }

@@ -39,8 +39,8 @@ constexpr int kFsSumLanes = 8;
 // One run of the kernel's inner loop: the output frames of positions below
 // `end * L`, starting at `position`.
 struct FsSumJob {
-  const float* const* channel;  // per channel: its history buffer (index 0 = oldest)
-  float* const* out;            // per channel: where output frames go
+  const double* const* channel;  // per channel: its history buffer (index 0 = oldest)
+  float* const* out;             // per channel: where output frames go
   int channels;
   const float* pairs;  // per phase p: Hp left taps (table p), then Hp right taps reversed
   int hp;              // padded half length, a multiple of 8
@@ -76,7 +76,10 @@ class FsConvKernel {
   // Feeds H zero frames, delivers the delayed tail and resets for a new stream.
   int Flush(float* const* out);
 
-  float* InputPointer(int channel) const { return input_[channel]; }
+  // Where channel `channel`'s new frames go. The history is kept in double:
+  // each float sample widened once as it enters, so that the inner sums load
+  // ready operands (the widening is exact, the sums are the same).
+  double* InputPointer(int channel) const { return input_[channel]; }
   int HalfLength() const { return h_; }
   int Phases() const { return l_; }
   int Step() const { return m_; }
@@ -101,9 +104,9 @@ class FsConvKernel {
   float* tableStore_ = nullptr;  // L * H floats
   float** tables_ = nullptr;     // L + 1 pointers
   float* pairs_ = nullptr;       // L * 2 * Hp floats, the summation layout
-  float* bufferStore_ = nullptr;
-  float* channel_[kFsConvMaxChannels] = {};
-  float* input_[kFsConvMaxChannels] = {};
+  double* bufferStore_ = nullptr;
+  double* channel_[kFsConvMaxChannels] = {};
+  double* input_[kFsConvMaxChannels] = {};
 };
 
 class FsConvEngine {

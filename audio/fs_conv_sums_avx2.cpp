@@ -20,7 +20,7 @@ int Run(const FsSumJob& job, int64_t* position) {
   const int mQuot = job.m / L, mRem = job.m % L;
   int64_t index = *position / L;
   int phase = static_cast<int>(*position % L);
-  const float* x[kChannels];
+  const double* x[kChannels];
   float* out[kChannels];
   for (int c = 0; c < kChannels; ++c) {
     x[c] = job.channel[c];
@@ -40,16 +40,16 @@ int Run(const FsSumJob& job, int64_t* position) {
       const __m256d wr0 = _mm256_cvtps_pd(_mm_loadu_ps(tr + i));
       const __m256d wr1 = _mm256_cvtps_pd(_mm_loadu_ps(tr + i + 4));
       for (int c = 0; c < kChannels; ++c) {
-        const float* pl = x[c] + left + i;
-        const float* pr = x[c] + right + i;
-        lo[c] = _mm256_fmadd_pd(_mm256_cvtps_pd(_mm_loadu_ps(pl)), wl0, lo[c]);
-        hi[c] = _mm256_fmadd_pd(_mm256_cvtps_pd(_mm_loadu_ps(pl + 4)), wl1, hi[c]);
-        lo[c] = _mm256_fmadd_pd(_mm256_cvtps_pd(_mm_loadu_ps(pr)), wr0, lo[c]);
-        hi[c] = _mm256_fmadd_pd(_mm256_cvtps_pd(_mm_loadu_ps(pr + 4)), wr1, hi[c]);
+        const double* pl = x[c] + left + i;
+        const double* pr = x[c] + right + i;
+        lo[c] = _mm256_fmadd_pd(_mm256_loadu_pd(pl), wl0, lo[c]);
+        hi[c] = _mm256_fmadd_pd(_mm256_loadu_pd(pl + 4), wl1, hi[c]);
+        lo[c] = _mm256_fmadd_pd(_mm256_loadu_pd(pr), wr0, lo[c]);
+        hi[c] = _mm256_fmadd_pd(_mm256_loadu_pd(pr + 4), wr1, hi[c]);
       }
     }
     for (int c = 0; c < kChannels; ++c) {
-      const float centre = phase == 0 ? x[c][index - H] * job.centre : 0.0f;
+      const float centre = phase == 0 ? static_cast<float>(x[c][index - H] * job.centre) : 0.0f;
       out[c][made] = static_cast<float>(ReduceLanes(lo[c], hi[c]) + centre);
     }
     ++made;

@@ -23,7 +23,7 @@ int Run(const FsSumJob& job, int64_t* position) {
   const int mQuot = job.m / L, mRem = job.m % L;
   int64_t index = *position / L;
   int phase = static_cast<int>(*position % L);
-  const float* x[kChannels];
+  const double* x[kChannels];
   float* out[kChannels];
   for (int c = 0; c < kChannels; ++c) {
     x[c] = job.channel[c];
@@ -41,14 +41,12 @@ int Run(const FsSumJob& job, int64_t* position) {
       const __m512d wl = _mm512_cvtps_pd(_mm256_loadu_ps(tl + i));
       const __m512d wr = _mm512_cvtps_pd(_mm256_loadu_ps(tr + i));
       for (int c = 0; c < kChannels; ++c) {
-        const __m512d sl = _mm512_cvtps_pd(_mm256_loadu_ps(x[c] + left + i));
-        const __m512d sr = _mm512_cvtps_pd(_mm256_loadu_ps(x[c] + right + i));
-        acc[c] = _mm512_fmadd_pd(sl, wl, acc[c]);
-        acc[c] = _mm512_fmadd_pd(sr, wr, acc[c]);
+        acc[c] = _mm512_fmadd_pd(_mm512_loadu_pd(x[c] + left + i), wl, acc[c]);
+        acc[c] = _mm512_fmadd_pd(_mm512_loadu_pd(x[c] + right + i), wr, acc[c]);
       }
     }
     for (int c = 0; c < kChannels; ++c) {
-      const float centre = phase == 0 ? x[c][index - H] * job.centre : 0.0f;
+      const float centre = phase == 0 ? static_cast<float>(x[c][index - H] * job.centre) : 0.0f;
       out[c][made] = static_cast<float>(ReduceLanes(acc[c]) + centre);
     }
     ++made;

@@ -36,11 +36,11 @@ int Run(const FsSumJob& job, int64_t* position) {
         wr[q] = Widen(tr + i + 2 * q);
       }
       for (int c = 0; c < kChannels; ++c) {
-        const float* pl = job.channel[c] + left + i;
-        const float* pr = job.channel[c] + right + i;
+        const double* pl = job.channel[c] + left + i;
+        const double* pr = job.channel[c] + right + i;
         for (int q = 0; q < 4; ++q) {
-          r[c][q] = _mm_add_pd(r[c][q], _mm_mul_pd(Widen(pl + 2 * q), wl[q]));
-          r[c][q] = _mm_add_pd(r[c][q], _mm_mul_pd(Widen(pr + 2 * q), wr[q]));
+          r[c][q] = _mm_add_pd(r[c][q], _mm_mul_pd(_mm_loadu_pd(pl + 2 * q), wl[q]));
+          r[c][q] = _mm_add_pd(r[c][q], _mm_mul_pd(_mm_loadu_pd(pr + 2 * q), wr[q]));
         }
       }
     }
@@ -49,8 +49,8 @@ int Run(const FsSumJob& job, int64_t* position) {
       const __m128d b = _mm_add_pd(r[c][1], r[c][3]);  // l2+l6, l3+l7
       const __m128d s = _mm_add_pd(a, b);
       const double sum = _mm_cvtsd_f64(_mm_add_sd(s, _mm_unpackhi_pd(s, s)));
-      const float* x = job.channel[c];
-      const float centre = phase == 0 ? x[index - H] * job.centre : 0.0f;
+      const double* x = job.channel[c];
+      const float centre = phase == 0 ? static_cast<float>(x[index - H] * job.centre) : 0.0f;
       job.out[c][made] = static_cast<float>(sum + centre);
     }
     ++made;
