@@ -41,8 +41,8 @@ int FsConvRunSumsPlain(const FsSumJob& job, int64_t* position) {
   int phase = static_cast<int>(*position % L);
   int made = 0;
   while (index < job.end) {
-    const float* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
-    const float* tr = tl + hp;
+    const double* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
+    const double* tr = tl + hp;
     const int64_t left = phase != 0 ? index - 2 * H + 1 : index - 2 * H;
     const int64_t right = index - H + 1;
     for (int c = 0; c < job.channels; ++c) {
@@ -146,7 +146,7 @@ bool FsConvKernel::Build(int inRate, int outRate, int channels, int block, float
   const int L = l_, H = h_;
   tableStore_ = static_cast<float*>(std::calloc(static_cast<size_t>(L) * H, sizeof(float)));
   tables_ = static_cast<float**>(std::calloc(static_cast<size_t>(L) + 1, sizeof(float*)));
-  pairs_ = static_cast<float*>(std::calloc(static_cast<size_t>(L) * 2 * hp_, sizeof(float)));
+  pairs_ = static_cast<double*>(std::calloc(static_cast<size_t>(L) * 2 * hp_, sizeof(double)));
   if (tableStore_ == nullptr || tables_ == nullptr || pairs_ == nullptr) return false;
   for (int p = 0; p < L; ++p) tables_[p] = tableStore_ + static_cast<size_t>(p) * H;
   tables_[L] = tables_[0];
@@ -175,8 +175,8 @@ bool FsConvKernel::Build(int inRate, int outRate, int channels, int block, float
   // The summation layout: per phase p, table p, then table L - p reversed, each
   // padded with zeros to Hp, so both halves walk the history forward.
   for (int p = 0; p < L; ++p) {
-    float* left = pairs_ + static_cast<size_t>(p) * 2 * hp_;
-    float* right = left + hp_;
+    double* left = pairs_ + static_cast<size_t>(p) * 2 * hp_;
+    double* right = left + hp_;
     const float* tl = tables_[p];
     const float* tr = tables_[L - p];
     for (int i = 0; i < H; ++i) {

@@ -13,7 +13,8 @@
 // the input, and the flush delivers those H frames, so N input frames give
 // ceil(N * L / M) output frames in total.
 //
-// Summation order. The inner sum of one output sample is defined in double,
+// Summation order. The inner sum of one output sample is defined in double
+// (history and taps are held widened to double, which is exact),
 // in eight lanes: tap i (0 <= i < Hp, Hp = H rounded up to a multiple of 8,
 // the taps beyond H being zero) goes to lane i mod 8, which adds the left
 // term of tap i and then its right term. The lanes are then combined as
@@ -42,13 +43,13 @@ struct FsSumJob {
   const double* const* channel;  // per channel: its history buffer (index 0 = oldest)
   float* const* out;             // per channel: where output frames go
   int channels;
-  const float* pairs;  // per phase p: Hp left taps (table p), then Hp right taps reversed
-  int hp;              // padded half length, a multiple of 8
-  int h;               // half length H
-  int l;               // phases
-  int m;               // decimation step
-  float centre;        // centre coefficient
-  int64_t end;         // 2H + new frames
+  const double* pairs;  // per phase p: Hp left taps (table p), then Hp right taps reversed
+  int hp;               // padded half length, a multiple of 8
+  int h;                // half length H
+  int l;                // phases
+  int m;                // decimation step
+  float centre;         // centre coefficient
+  int64_t end;          // 2H + new frames
 };
 
 // Runs the loop from `*position` and leaves the position of the first frame it
@@ -103,7 +104,7 @@ class FsConvKernel {
   SimdLevel level_ = SimdLevel::kPlain;
   float* tableStore_ = nullptr;  // L * H floats
   float** tables_ = nullptr;     // L + 1 pointers
-  float* pairs_ = nullptr;       // L * 2 * Hp floats, the summation layout
+  double* pairs_ = nullptr;      // L * 2 * Hp taps widened to double, the summation layout
   double* bufferStore_ = nullptr;
   double* channel_[kFsConvMaxChannels] = {};
   double* input_[kFsConvMaxChannels] = {};

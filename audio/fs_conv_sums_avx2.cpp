@@ -28,17 +28,17 @@ int Run(const FsSumJob& job, int64_t* position) {
   }
   int made = 0;
   while (index < job.end) {
-    const float* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
-    const float* tr = tl + hp;
+    const double* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
+    const double* tr = tl + hp;
     const int64_t left = phase != 0 ? index - 2 * H + 1 : index - 2 * H;
     const int64_t right = index - H + 1;
     __m256d lo[kChannels], hi[kChannels];
     for (int c = 0; c < kChannels; ++c) lo[c] = hi[c] = _mm256_setzero_pd();
     for (int i = 0; i < hp; i += 8) {
-      const __m256d wl0 = _mm256_cvtps_pd(_mm_loadu_ps(tl + i));
-      const __m256d wl1 = _mm256_cvtps_pd(_mm_loadu_ps(tl + i + 4));
-      const __m256d wr0 = _mm256_cvtps_pd(_mm_loadu_ps(tr + i));
-      const __m256d wr1 = _mm256_cvtps_pd(_mm_loadu_ps(tr + i + 4));
+      const __m256d wl0 = _mm256_loadu_pd(tl + i);
+      const __m256d wl1 = _mm256_loadu_pd(tl + i + 4);
+      const __m256d wr0 = _mm256_loadu_pd(tr + i);
+      const __m256d wr1 = _mm256_loadu_pd(tr + i + 4);
       for (int c = 0; c < kChannels; ++c) {
         const double* pl = x[c] + left + i;
         const double* pr = x[c] + right + i;

@@ -31,15 +31,15 @@ int Run(const FsSumJob& job, int64_t* position) {
   }
   int made = 0;
   while (index < job.end) {
-    const float* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
-    const float* tr = tl + hp;
+    const double* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
+    const double* tr = tl + hp;
     const int64_t left = phase != 0 ? index - 2 * H + 1 : index - 2 * H;
     const int64_t right = index - H + 1;
     __m512d acc[kChannels];
     for (int c = 0; c < kChannels; ++c) acc[c] = _mm512_setzero_pd();
     for (int i = 0; i < hp; i += 8) {
-      const __m512d wl = _mm512_cvtps_pd(_mm256_loadu_ps(tl + i));
-      const __m512d wr = _mm512_cvtps_pd(_mm256_loadu_ps(tr + i));
+      const __m512d wl = _mm512_loadu_pd(tl + i);
+      const __m512d wr = _mm512_loadu_pd(tr + i);
       for (int c = 0; c < kChannels; ++c) {
         acc[c] = _mm512_fmadd_pd(_mm512_loadu_pd(x[c] + left + i), wl, acc[c]);
         acc[c] = _mm512_fmadd_pd(_mm512_loadu_pd(x[c] + right + i), wr, acc[c]);

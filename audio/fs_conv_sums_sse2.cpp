@@ -9,10 +9,6 @@
 namespace orv {
 namespace {
 
-inline __m128d Widen(const float* p) {  // two floats to two doubles
-  return _mm_cvtps_pd(_mm_castpd_ps(_mm_load_sd(reinterpret_cast<const double*>(p))));
-}
-
 template <int kChannels>
 int Run(const FsSumJob& job, int64_t* position) {
   const int L = job.l, H = job.h, hp = job.hp;
@@ -21,8 +17,8 @@ int Run(const FsSumJob& job, int64_t* position) {
   int phase = static_cast<int>(*position % L);
   int made = 0;
   while (index < job.end) {
-    const float* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
-    const float* tr = tl + hp;
+    const double* tl = job.pairs + static_cast<size_t>(phase) * 2 * hp;
+    const double* tr = tl + hp;
     const int64_t left = phase != 0 ? index - 2 * H + 1 : index - 2 * H;
     const int64_t right = index - H + 1;
     __m128d r[kChannels][4];
@@ -32,8 +28,8 @@ int Run(const FsSumJob& job, int64_t* position) {
     for (int i = 0; i < hp; i += 8) {
       __m128d wl[4], wr[4];
       for (int q = 0; q < 4; ++q) {
-        wl[q] = Widen(tl + i + 2 * q);
-        wr[q] = Widen(tr + i + 2 * q);
+        wl[q] = _mm_loadu_pd(tl + i + 2 * q);
+        wr[q] = _mm_loadu_pd(tr + i + 2 * q);
       }
       for (int c = 0; c < kChannels; ++c) {
         const double* pl = job.channel[c] + left + i;
