@@ -16,6 +16,16 @@
 // Pictures
 #include <OrvImage.h>
 
+// Threads
+#include <OrvMsgThread.h>
+
+// Camera metadata
+#include <OrvCameraInfo.h>
+
+// Files
+#include <COrvFile.h>
+#include <IOrvFile.h>
+
 // Audio
 #include <OrvAudioConverter.h>
 
