@@ -500,3 +500,40 @@ TEST(ChannelHelpers, MonoStereoConversions) {
 }
 
 }  // namespace
+
+namespace {
+
+// Random layouts, modes, rates and piece sizes: whatever the converter answers,
+// it never writes past the byte count it was given, and a successful call
+// reports no more frames than fit.
+TEST(AudioConverterRobustness, NeverWritesPastTheStatedCapacity) {
+  std::mt19937 rng(2024);
+  const uint32_t masks[] = {0x0, 0x1, 0x3, 0x4, 0x7, 0x30, 0x33, 0x3F, 0x107, 0x1FF, 0xFF, 0x5};
+  const uint32_t rates[] = {8000, 32000, 44100, 48000, 96000};
+  const uint16_t kGuard = 0xBEEF;
+  for (int round = 0; round < 300; ++round) {
+    const uint32_t inMask = masks[rng() % 12], outMask = masks[rng() % 12];
+    auto count = [](uint32_t m) { return static_cast<uint32_t>(__builtin_popcount(m & 0x1FF)); };
+    const uint32_t inCh = rng() % 4 == 0 ? 1 : std::max(1u, count(inMask));
+    const uint32_t outCh = rng() % 4 == 0 ? 1 : std::max(1u, count(outMask));
+    const ORV_AUCONV_PARAM in = P(inCh, inMask, rates[rng() % 5]);
+    const ORV_AUCONV_PARAM out = P(outCh, outMask, rates[rng() % 5]);
+    const auto mode = static_cast<ORV_AUCONV_DOWNMIX_MODE>(rng() % 3);
+    OrvAudioConverter c;
+    if (c.Init(in, out, mode) != 0) continue;
+    for (int call = 0; call < 4; ++call) {
+      const unsigned long frames = call == 3 ? 0 : rng() % 5000;
+      auto src = Noise16(std::max<size_t>(1, frames * inCh), round);
+      const unsigned long room = (rng() % 6000) * outCh * 2 + (rng() % 3);
+      std::vector<uint16_t> dst(room / 2 + 64, kGuard);
+      unsigned long made = 0;
+      const long r =
+          L(c.Convert(call == 3 ? nullptr : reinterpret_cast<unsigned char*>(src.data()), frames,
+                      reinterpret_cast<unsigned char*>(dst.data()), room, &made));
+      for (size_t i = room / 2; i < dst.size(); ++i) ASSERT_EQ(dst[i], kGuard) << round;
+      if (r == 0) ASSERT_LE(made * outCh * 2, room) << round;
+    }
+  }
+}
+
+}  // namespace
