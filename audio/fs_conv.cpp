@@ -239,12 +239,6 @@ FsConvEngine::FsConvEngine() = default;
 FsConvEngine::~FsConvEngine() { Free(); }
 
 void FsConvEngine::Free() {
-  if (configured_) {
-    for (int c = 0; c < configuredChannels_; ++c) {
-      std::free(output_[c]);
-      output_[c] = nullptr;
-    }
-  }
   for (float*& p : output_) {
     std::free(p);
     p = nullptr;

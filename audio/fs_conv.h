@@ -119,7 +119,10 @@ class FsConvEngine {
 
   // The most frames of one Process (the block, 4096 for 0), or -1. Buffers are
   // sized for the larger of the block and the filter's half length, so that
-  // the flush's H zero frames always fit.
+  // the flush's H zero frames always fit. Sample sizes other than 16 and 24
+  // bits leave the cutoff at half the lower rate, where no transition band is
+  // left: such a set-up is refused (-1), as are rates of 0, channel counts
+  // outside 1 to 8 and rate pairs whose tables would pass 2^23 taps.
   int Configure(int inRate, int outRate, unsigned bits, int channels, unsigned quality, int block,
                 SimdLevel level = DetectSimdLevel());
   int GetMaxOutputFrames() const { return outputCapacity_; }
@@ -129,7 +132,8 @@ class FsConvEngine {
   int Flush(float* out);
 
   const FsConvKernel* Kernel() const { return kernel_; }
-  // Input rate, output rate, channels, cutoff, taps (2H + 1), attenuation.
+  // Input rate, output rate, channels, cutoff, taps (2H + 1), and the
+  // attenuation in dB as the bits of a 32-bit float.
   const int32_t* FilterInformation() const { return filterInfo_; }
 
  private:
