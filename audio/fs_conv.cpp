@@ -146,7 +146,11 @@ bool FsConvKernel::Build(int inRate, int outRate, int channels, int block, float
   const int L = l_, H = h_;
   tableStore_ = static_cast<float*>(std::calloc(static_cast<size_t>(L) * H, sizeof(float)));
   tables_ = static_cast<float**>(std::calloc(static_cast<size_t>(L) + 1, sizeof(float*)));
-  pairs_ = static_cast<double*>(std::calloc(static_cast<size_t>(L) * 2 * hp_, sizeof(double)));
+  // 64-byte aligned: each phase's taps start on a cache line (2 * Hp doubles is
+  // a multiple of 64 bytes), so no vector load of taps splits across lines.
+  const size_t pairBytes = static_cast<size_t>(L) * 2 * hp_ * sizeof(double);
+  pairs_ = static_cast<double*>(std::aligned_alloc(64, (pairBytes + 63) / 64 * 64));
+  if (pairs_ != nullptr) std::memset(pairs_, 0, pairBytes);
   if (tableStore_ == nullptr || tables_ == nullptr || pairs_ == nullptr) return false;
   for (int p = 0; p < L; ++p) tables_[p] = tableStore_ + static_cast<size_t>(p) * H;
   tables_[L] = tables_[0];
