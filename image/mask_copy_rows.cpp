@@ -77,7 +77,8 @@ const MaskRows kPlain = {
     {RowPlain<kMaskPlane>, RowPlain<kMaskYuy2>, RowPlain<kMaskBgr>, RowPlain<kMaskBgrx>}};
 #if ORV_X86_SIMD
 const MaskRows kSse2 = {{MaskRowPlaneSse2, MaskRowYuy2Sse2, RowPlain<kMaskBgr>, MaskRowBgrxSse2}};
-const MaskRows kAvx2 = {{MaskRowPlaneAvx2, MaskRowYuy2Avx2, RowPlain<kMaskBgr>, MaskRowBgrxAvx2}};
+const MaskRows kSsse3 = {{MaskRowPlaneSse2, MaskRowYuy2Sse2, MaskRowBgrSsse3, MaskRowBgrxSse2}};
+const MaskRows kAvx2 = {{MaskRowPlaneAvx2, MaskRowYuy2Avx2, MaskRowBgrSsse3, MaskRowBgrxAvx2}};
 #endif
 
 }  // namespace
@@ -104,6 +105,7 @@ void MaskRowTail(MaskPixelKind kind, const uint8_t* a0, const uint8_t* a1, const
 const MaskRows& MaskRowsFor(SimdLevel level) {
 #if ORV_X86_SIMD
   if (level >= SimdLevel::kAvx2) return kAvx2;
+  if (level >= SimdLevel::kSsse3) return kSsse3;
   if (level >= SimdLevel::kSse2) return kSse2;
 #else
   (void)level;

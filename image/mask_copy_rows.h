@@ -51,6 +51,8 @@ void MaskRowYuy2Sse2(const uint8_t*, const uint8_t*, const uint8_t*, const uint8
                      uint8_t*, int, int, int, uint32_t*);
 void MaskRowBgrxSse2(const uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*,
                      uint8_t*, int, int, int, uint32_t*);
+void MaskRowBgrSsse3(const uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*,
+                     uint8_t*, int, int, int, uint32_t*);
 void MaskRowPlaneAvx2(const uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*,
                       uint8_t*, int, int, int, uint32_t*);
 void MaskRowYuy2Avx2(const uint8_t*, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*,

@@ -367,7 +367,8 @@ TEST(MaskCopyRows, EveryFormMatchesPlain) {
   std::mt19937 rng(2024);
   const int widths[] = {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 100, 1921};
   int levelsRun = 0;
-  for (orv::SimdLevel level : {orv::SimdLevel::kSse2, orv::SimdLevel::kAvx2}) {
+  for (orv::SimdLevel level :
+       {orv::SimdLevel::kSse2, orv::SimdLevel::kSsse3, orv::SimdLevel::kAvx2}) {
     if (level > top) continue;
     ++levelsRun;
     const MaskRows& form = MaskRowsFor(level);
