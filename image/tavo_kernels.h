@@ -121,6 +121,17 @@ struct TapTable {
   // Four-tap area tables with weights below 2^15 also hold them as 16-bit
   // values, four per output in order (null otherwise).
   const int16_t* weight16;
+  // Four-tap cubic tables also have a 16-bit shuffle form: groups of eight
+  // outputs from wideFirst on, each reading 16 bytes from wideBase[g], widened
+  // by wideShuffle[64g..] (eight bytes an output: offsets, each followed by a
+  // zeroing index) and weighed by the split weights wideLo / wideHi (PackWeight's
+  // two halves, four an output).
+  int wideFirst;
+  int wideGroups;
+  const int32_t* wideBase;
+  const uint8_t* wideShuffle;
+  const int16_t* wideLo;
+  const int16_t* wideHi;
 };
 
 // Sum of one output of a tap table, read back from the packed weights.

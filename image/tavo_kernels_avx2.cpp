@@ -81,6 +81,43 @@ void TapRow(const uint8_t* src, uint8_t* dst, const TapTable& table, const Post&
       std::memcpy(dst + 4 * g + 4, &second, 4);
     }
     i = 4 * g;
+  } else if (table.wideGroups > 0) {
+    // Four-tap cubic spans of eight outputs from one 16-byte window: bytes
+    // widened by a shuffle, multiplied by both halves of the split weights,
+    // pairs added across the two registers and put back in order.
+    for (; i < table.wideFirst; ++i) dst[i] = Finish(TapSum(src, table, i, chroma), post, chroma);
+    const __m256i bias = ChromaBias16(post.sign);
+    const __m256i center = _mm256_set1_epi16(chroma ? 128 : 0);
+    const __m256i order = _mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7);
+    for (int g = 0; g < table.wideGroups; ++g, i += 8) {
+      const __m256i window = _mm256_broadcastsi128_si256(
+          _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + table.wideBase[g])));
+      const __m256i* control =
+          reinterpret_cast<const __m256i*>(table.wideShuffle + 64 * static_cast<size_t>(g));
+      const __m256i* lo =
+          reinterpret_cast<const __m256i*>(table.wideLo + 32 * static_cast<size_t>(g));
+      const __m256i* hi =
+          reinterpret_cast<const __m256i*>(table.wideHi + 32 * static_cast<size_t>(g));
+      const __m256i a =
+          _mm256_sub_epi16(_mm256_shuffle_epi8(window, _mm256_loadu_si256(control)), center);
+      const __m256i b =
+          _mm256_sub_epi16(_mm256_shuffle_epi8(window, _mm256_loadu_si256(control + 1)), center);
+      const __m256i ma =
+          _mm256_add_epi32(_mm256_madd_epi16(a, _mm256_loadu_si256(lo)),
+                           _mm256_slli_epi32(_mm256_madd_epi16(a, _mm256_loadu_si256(hi)), 7));
+      const __m256i mb =
+          _mm256_add_epi32(_mm256_madd_epi16(b, _mm256_loadu_si256(lo + 1)),
+                           _mm256_slli_epi32(_mm256_madd_epi16(b, _mm256_loadu_si256(hi + 1)), 7));
+      const __m256i sum = _mm256_permutevar8x32_epi32(_mm256_hadd_epi32(ma, mb), order);
+      __m256i v = Normalise(sum, post);
+      v = _mm256_packs_epi32(v, v);
+      v = _mm256_add_epi16(v, bias);
+      v = _mm256_packus_epi16(v, v);
+      const int32_t first = _mm_cvtsi128_si32(_mm256_castsi256_si128(v));
+      const int32_t second = _mm_cvtsi128_si32(_mm256_extracti128_si256(v, 1));
+      std::memcpy(dst + i, &first, 4);
+      std::memcpy(dst + i + 4, &second, 4);
+    }
   }
   for (; i < table.simdEnd && (i & 7); ++i) {
     dst[i] = Finish(TapSum(src, table, i, chroma), post, chroma);

@@ -64,10 +64,53 @@ struct AxisPass {
   WorkBuffer groupStorage;
 };
 
+// The 16-bit shuffle groups of a cubic table: eight outputs whose taps lie in
+// 16 bytes that stay inside the line, from the first multiple of eight in the
+// four-tap range on.
+bool BuildWideGroups(AxisPass* pass) {
+  TapTable& t = pass->taps;
+  const int first = (t.simdBegin + 7) & ~7;
+  const int total = first < t.simdEnd ? (t.simdEnd - first) / 8 : 0;
+  if (total == 0) return true;
+  const size_t g = static_cast<size_t>(total);
+  if (!pass->groupStorage.Allocate(g * (4 + 64 + 64 + 64))) return false;
+  int32_t* base = pass->groupStorage.As<int32_t>();
+  uint8_t* shuffle = reinterpret_cast<uint8_t*>(base + g);
+  int16_t* lo = reinterpret_cast<int16_t*>(shuffle + 64 * g);
+  int16_t* hi = lo + 32 * g;
+  int groups = 0;
+  for (; groups < total; ++groups) {
+    const int i0 = first + 8 * groups;
+    const int32_t b = t.start[i0];
+    if (b + 16 > pass->srcLength || t.start[i0 + 7] + 3 - b > 15) break;
+    for (int m = 0; m < 8; ++m) {
+      const int i = i0 + m;
+      const int32_t* w =
+          t.packed + (static_cast<size_t>(i / kTapBlock) * 4) * kTapBlock + i % kTapBlock;
+      for (int k = 0; k < 4; ++k) {
+        const size_t at = 32 * static_cast<size_t>(groups) + 4 * m + k;
+        shuffle[2 * at] = static_cast<uint8_t>(t.start[i] + k - b);
+        shuffle[2 * at + 1] = 0x80;
+        const int32_t packed = w[static_cast<size_t>(k) * kTapBlock];
+        lo[at] = static_cast<int16_t>(packed & 0xFFFF);
+        hi[at] = static_cast<int16_t>(packed >> 16);
+      }
+    }
+    base[groups] = b;
+  }
+  t.wideFirst = first;
+  t.wideGroups = groups;
+  t.wideBase = base;
+  t.wideShuffle = shuffle;
+  t.wideLo = lo;
+  t.wideHi = hi;
+  return true;
+}
+
 // The short forms of a four-tap area table: 16-bit weights when they fit, and
 // when they fit a signed byte the byte-shuffle groups, the leading groups of
 // four outputs whose taps lie in 16 bytes that stay inside the line.
-bool BuildShuffleGroups(AxisPass* pass) {
+bool BuildShortTaps(AxisPass* pass) {
   TapTable& t = pass->taps;
   const int n = pass->dstLength;
   if (t.taps != 4 || pass->grid.q > 32767) return true;
@@ -173,9 +216,10 @@ bool BuildAreaTaps(AxisPass* pass) {
       column[static_cast<size_t>(k + shift) * kTapBlock] = PackWeight(weights[k]);
     }
   }
-  pass->taps = TapTable{taps, 0, n, start, packed, 0, 0, nullptr, nullptr, nullptr, nullptr};
+  pass->taps = TapTable{taps,    0,       n, start, packed,  0,       0,       nullptr, nullptr,
+                        nullptr, nullptr, 0, 0,     nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
-  return BuildShuffleGroups(pass);
+  return BuildShortTaps(pass);
 }
 
 // The cubic tables: index and weights for every output (one entry more, as a
@@ -218,9 +262,10 @@ bool BuildCubic(AxisPass* pass, bool wantTaps) {
           PackWeight(weight[4 * static_cast<size_t>(i) + k]);
     }
   }
-  pass->taps = TapTable{4, begin, end, start, packed, 0, 0, nullptr, nullptr, nullptr, nullptr};
+  pass->taps = TapTable{4,       begin,   end, start, packed,  0,       0,       nullptr, nullptr,
+                        nullptr, nullptr, 0,   0,     nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
-  return true;
+  return BuildWideGroups(pass);
 }
 
 // Chooses the method of an axis and builds what it needs, once per pass.

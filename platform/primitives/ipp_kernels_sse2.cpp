@@ -1,4 +1,6 @@
-// SSE2 forms of the row kernels. Each gives the bytes of its plain twin.
+// SSE2 forms of the row kernels. Each gives the bytes of its plain twin. The
+// 4:2:2 split and join and the 4-plane split are left to the plain forms, which
+// the compiler vectorises as well as a hand-written form does.
 #include <emmintrin.h>
 
 #include <cstddef>
@@ -54,33 +56,6 @@ void SampleDownH2V1(const uint8_t* r, uint8_t* d, int width) {
   if (x < width) PlainKernels().sampleDownH2V1(r + 2 * x, d + x, width - x);
 }
 
-void Yuy2Split(const uint8_t* s, uint8_t* y, uint8_t* cb, uint8_t* cr, int pairs) {
-  const __m128i lo8 = _mm_set1_epi16(0x00FF);
-  int i = 0;
-  for (; i + 8 <= pairs; i += 8) {
-    const __m128i a = Ld(s + 4 * i), b = Ld(s + 4 * i + 16);
-    St(y + 2 * i, _mm_packus_epi16(_mm_and_si128(a, lo8), _mm_and_si128(b, lo8)));
-    const __m128i c = _mm_packus_epi16(_mm_srli_epi16(a, 8), _mm_srli_epi16(b, 8));
-    const __m128i u = _mm_packus_epi16(_mm_and_si128(c, lo8), _mm_setzero_si128());
-    const __m128i v = _mm_packus_epi16(_mm_srli_epi16(c, 8), _mm_setzero_si128());
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(cb + i), u);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(cr + i), v);
-  }
-  if (i < pairs) PlainKernels().yuy2Split(s + 4 * i, y + 2 * i, cb + i, cr + i, pairs - i);
-}
-
-void Yuy2Join(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, int pairs) {
-  int i = 0;
-  for (; i + 8 <= pairs; i += 8) {
-    const __m128i vy = Ld(y + 2 * i);
-    const __m128i uv = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + i)),
-                                         _mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + i)));
-    St(d + 4 * i, _mm_unpacklo_epi8(vy, uv));
-    St(d + 4 * i + 16, _mm_unpackhi_epi8(vy, uv));
-  }
-  if (i < pairs) PlainKernels().yuy2Join(y + 2 * i, cb + i, cr + i, d + 4 * i, pairs - i);
-}
-
 void ReverseC4(const uint8_t* s, uint8_t* d, int width) {
   int x = 0;
   for (; x + 4 <= width; x += 4)
@@ -97,19 +72,6 @@ inline __m128i Channel(__m128i a, __m128i b, __m128i c, __m128i e, int shift) {
   const __m128i ce = _mm_packs_epi32(_mm_and_si128(_mm_srl_epi32(c, sh), m),
                                      _mm_and_si128(_mm_srl_epi32(e, sh), m));
   return _mm_packus_epi16(ab, ce);
-}
-
-void CopyC4P4(const uint8_t* s, uint8_t* d0, uint8_t* d1, uint8_t* d2, uint8_t* d3, int width) {
-  int x = 0;
-  for (; x + 16 <= width; x += 16) {
-    const uint8_t* p = s + 4 * x;
-    const __m128i a = Ld(p), b = Ld(p + 16), c = Ld(p + 32), e = Ld(p + 48);
-    St(d0 + x, Channel(a, b, c, e, 0));
-    St(d1 + x, Channel(a, b, c, e, 8));
-    St(d2 + x, Channel(a, b, c, e, 16));
-    St(d3 + x, Channel(a, b, c, e, 24));
-  }
-  if (x < width) PlainKernels().copyC4P4(s + 4 * x, d0 + x, d1 + x, d2 + x, d3 + x, width - x);
 }
 
 void CopyC4C1(const uint8_t* s, uint8_t* d, int width) {
@@ -236,10 +198,7 @@ void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, i
 void InstallSse2Kernels(Kernels* k) {
   k->sampleDownH2V2 = SampleDownH2V2;
   k->sampleDownH2V1 = SampleDownH2V1;
-  k->yuy2Split = Yuy2Split;
-  k->yuy2Join = Yuy2Join;
   k->reverseC4 = ReverseC4;
-  k->copyC4P4 = CopyC4P4;
   k->copyC4C1 = CopyC4C1;
   k->copyP4C4 = CopyP4C4;
   k->setC4 = SetC4;
