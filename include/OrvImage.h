@@ -491,8 +491,10 @@ class ORV_API OrvImage {
   // ---- Blend and alpha composition (private) ------------------------------
   // Float form of the YUY2 blend: dst = dst x (1 - ratio) + src x ratio per
   // Y, Cb and Cr plane, rounded to nearest. Lines are the aligned YUY2 line.
-  // False on any failure. The library itself does not use it.
-  static bool BlendYUY2(const unsigned char* src, unsigned char* dst, IppiSize size, float ratio);
+  // False on any failure. The library itself does not use it. Private, so
+  // kept out of the exported symbols.
+  [[gnu::visibility("hidden")]] static bool BlendYUY2(const unsigned char* src, unsigned char* dst,
+                                                      IppiSize size, float ratio);
 
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;
