@@ -79,6 +79,11 @@ unsigned long MaskCopyWalk(const MaskFamily& family, CheckColourFn check, CheckC
   const bool writeBottom = field != OrvImage::FIELD_TOP;
   const int w = static_cast<int>(width);
 
+  auto Fits = [&](int64_t offset) {
+    return static_cast<uint64_t>(offset) <= dstSize &&
+           lineBytes <= dstSize - static_cast<uint64_t>(offset);
+  };
+
   const int64_t pairs = static_cast<int64_t>(height / 2);
   int64_t skipLimit = 0;
   unsigned char prevColor = 0;
@@ -93,8 +98,9 @@ unsigned long MaskCopyWalk(const MaskFamily& family, CheckColourFn check, CheckC
     unsigned char* a1 = srcA + offset1;
     unsigned char* d0 = dst + offset0;
     unsigned char* d1 = dst + offset1;
-    uint8_t* out0 = writeTop ? d0 : nullptr;
-    uint8_t* out1 = writeBottom ? d1 : nullptr;
+    // A line that does not fit in dstSize is not written.
+    uint8_t* out0 = writeTop && Fits(offset0) ? d0 : nullptr;
+    uint8_t* out1 = writeBottom && Fits(offset1) ? d1 : nullptr;
     if (i <= skipLimit) {
       row(a0, a1, srcB + offset0, srcB + offset1, out0, out1, w, 0, 0, nullptr);
       continue;

@@ -357,8 +357,8 @@ class ORV_API OrvImage {
   // the Y byte for YUV420 (Y plane only) and YUY2 (chroma stays), the luma
   // (59 G + 30 R + 11 B) / 100 for RGB24 and RGB32 (the fourth byte stays).
   // A step of 0 is the format's generic step (bottom-up for RGB). `dstSize`
-  // bounds the edge-line copies; the pixel test writes inside the picture of
-  // |step| x height that the caller names. A null picture, an unknown field,
+  // bounds every write: a line of dst that does not fit in it is left alone,
+  // by the pixel test and by the edge-line copies. A null picture, an unknown field,
   // a step shorter than a line or a size past the limits answers 3 with
   // nothing written.
   static unsigned long MaskCopyYUV420(unsigned char* const srcA, unsigned char* const srcB,

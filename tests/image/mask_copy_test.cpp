@@ -337,6 +337,33 @@ TEST(MaskCopy, SeamCopiesRespectDstSize) {
   }
 }
 
+TEST(MaskCopy, PixelTestLeavesLinesPastDstSizeAlone) {
+  // Identical sources, room for memory lines 0..9 and half of line 10: with a
+  // positive step display lines 0..9 are restored, with a negative step the
+  // last ten display lines; nothing is written past the room.
+  for (const Family& f : kFamilies) {
+    for (int sign : {1, -1}) {
+      Picture a(f, 24, 30, sign, 0), d(f, 24, 30, sign, 0x33);
+      std::mt19937 rng(11);
+      for (auto& v : a.bytes) v = static_cast<uint8_t>(rng());
+      Picture b = a;
+      const std::vector<uint8_t> before = d.bytes;
+      const size_t room = d.line() * 10 + d.line() / 2;
+      ASSERT_EQ(d.Run(a, b, kFrame, room), 0u);
+      EXPECT_EQ(0, std::memcmp(d.bytes.data() + room, before.data() + room, d.bytes.size() - room))
+          << f.name;
+      for (unsigned long y = 0; y < 30; ++y) {
+        const bool fits = d.Offset(y) + d.line() <= room;
+        if (!fits) {
+          EXPECT_TRUE(LineUntouched(d, before, y)) << f.name << " " << sign << " " << y;
+        } else if (y != 1 && y != 2) {
+          EXPECT_TRUE(LineRestored(d, a, before, y)) << f.name << " " << sign << " " << y;
+        }
+      }
+    }
+  }
+}
+
 TEST(MaskCopy, BadInputAnswersThreeWithNothingWritten) {
   for (const Family& f : kFamilies) {
     Picture a(f, 16, 8, 1, 1), b(f, 16, 8, 1, 2), d(f, 16, 8, 1, 0x33);
