@@ -410,4 +410,38 @@ TEST(AlphaCompYuy2aRows, EveryFormMatchesPlain) {
   if (levelsRun == 0) GTEST_SKIP() << "no processor form in this build or on this processor";
 }
 
+TEST(AlphaCompYuy2aRows, EveryAlphaPairMatchesPlain) {
+  // One pixel for each pair of alphas (A's, B's), with samples at the
+  // extremes and in between, so that every weight and every limit is met.
+  using namespace orv::image;
+  const int width = 256 * 256;
+  std::vector<uint8_t> ya(2 * width), yb(2 * width), aa(width), ab(width);
+  const uint8_t samples[] = {0, 1, 16, 127, 128, 129, 235, 254, 255};
+  for (int i = 0; i < width; ++i) {
+    aa[i] = static_cast<uint8_t>(i >> 8);
+    ab[i] = static_cast<uint8_t>(i & 255);
+    ya[2 * i] = samples[i % 9];
+    ya[2 * i + 1] = samples[(i / 9) % 9];
+    yb[2 * i] = samples[(i / 81) % 9];
+    yb[2 * i + 1] = samples[(i / 3) % 9];
+  }
+  std::vector<uint8_t> yp(2 * width), ap(width);
+  Yuy2aRowFor(orv::SimdLevel::kPlain)(ya.data(), aa.data(), yb.data(), ab.data(), yp.data(),
+                                      ap.data(), width);
+  for (int i = 0; i < width; ++i) {  // alpha is a + b, b the share of B that shows
+    const int a = aa[i], c = ab[i];
+    ASSERT_EQ(ap[i], a + (a == 0 ? c : (255 - a) * c / 255)) << a << " " << c;
+  }
+  int levelsRun = 0;
+  for (orv::SimdLevel level : {orv::SimdLevel::kSse2, orv::SimdLevel::kAvx2}) {
+    if (level > orv::DetectSimdLevel()) continue;
+    ++levelsRun;
+    std::vector<uint8_t> yf(2 * width), af(width);
+    Yuy2aRowFor(level)(ya.data(), aa.data(), yb.data(), ab.data(), yf.data(), af.data(), width);
+    ASSERT_EQ(yp, yf) << "level " << int(level);
+    ASSERT_EQ(ap, af) << "level " << int(level);
+  }
+  if (levelsRun == 0) GTEST_SKIP() << "no processor form in this build or on this processor";
+}
+
 }  // namespace
