@@ -645,6 +645,103 @@ class ORV_API OrvImage {
                                         unsigned long* dstSize, BITMAPINFO* info, int srcStep,
                                         int dstStep);
 
+  // ---- Mask copy -----------------------------------------------------------
+  //
+  // `dst` holds a picture made from `srcA` and `srcB` (a blend, or a field
+  // taken from the wrong parity). Wherever A and B agree (the compared value of
+  // both lines of a pair differs by less than 5), A's pixels are put back into
+  // the chosen field of `dst`. The flat bands at the top and bottom of the
+  // picture (letterbox bars) are found, and the whole lines at their inner
+  // edges are put back from A, so that the edges stay clean. Compared value:
+  // the Y byte for YUV420 (Y plane only) and YUY2 (chroma stays), the luma
+  // (59 G + 30 R + 11 B) / 100 for RGB24 and RGB32 (the fourth byte stays).
+  // A step of 0 is the format's generic step (bottom-up for RGB). `dstSize`
+  // bounds every write: a line of dst that does not fit in it is left alone,
+  // by the pixel test and by the edge-line copies. A null picture, an unknown field,
+  // a step shorter than a line or a size past the limits answers 3 with
+  // nothing written.
+  static unsigned long MaskCopyYUV420(unsigned char* const srcA, unsigned char* const srcB,
+                                      unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      FIELD_TYPE field);
+  static unsigned long MaskCopyYUY2(unsigned char* const srcA, unsigned char* const srcB,
+                                    unsigned char* dst, unsigned long dstSize, unsigned long width,
+                                    unsigned long height, int step, FIELD_TYPE field);
+  static unsigned long MaskCopyRGB24(unsigned char* const srcA, unsigned char* const srcB,
+                                     unsigned char* dst, unsigned long dstSize, unsigned long width,
+                                     unsigned long height, int step, FIELD_TYPE field);
+  static unsigned long MaskCopyRGB32(unsigned char* const srcA, unsigned char* const srcB,
+                                     unsigned char* dst, unsigned long dstSize, unsigned long width,
+                                     unsigned long height, int step, FIELD_TYPE field);
+
+  // ---- Blend and alpha composition -----------------------------------------
+  //
+  // Blend: `ratio` is the weight of the first picture. It becomes two 8-bit
+  // alphas, a = ratio x 256 and b = (1 - ratio) x 256, each truncated and
+  // limited to 0..255 (so 0.5 gives 128 and 128, which may add up above 255),
+  // and every byte becomes min(255, (a x A + b x B) / 255) rounded to nearest.
+  // Steps are signed (negative: bottom-up); the pointers are the lowest
+  // addresses. A null picture, an unknown field, a step shorter than a line or
+  // a size past the limits answers 3 with nothing written; a failing primitive
+  // answers 4. Nothing outside the chosen lines is written.
+
+  // In place: dst = ratio x src + (1 - ratio) x dst over the whole picture.
+  static unsigned long BlendYUV420(unsigned char* src, unsigned char* dst, unsigned long width,
+                                   unsigned long height, int step, float ratio);
+  static unsigned long BlendYUY2(unsigned char* src, unsigned char* dst, unsigned long width,
+                                 unsigned long height, int step, float ratio);
+  static unsigned long BlendRGB24(unsigned char* src, unsigned char* dst, unsigned long width,
+                                  unsigned long height, int step, float ratio);
+  static unsigned long BlendRGB32(unsigned char* src, unsigned char* dst, unsigned long width,
+                                  unsigned long height, int step, float ratio);
+  // Two sources: dst = ratio x srcA + (1 - ratio) x srcB on the lines of
+  // `field` (counted from the display's top). When srcA and srcB are the same
+  // pointer the lines are copied from it unchanged. `size` is neither read nor
+  // written. YUV420 mixes the Y lines and the matching chroma lines of both
+  // planes; YUY2 and RGB32 mix every byte (the fourth of RGB32 too).
+  static unsigned long BlendYUV420(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                   unsigned long* size, unsigned long width, unsigned long height,
+                                   int step, FIELD_TYPE field, float ratio);
+  static unsigned long BlendYUY2(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                 unsigned long* size, unsigned long width, unsigned long height,
+                                 int step, FIELD_TYPE field, float ratio);
+  static unsigned long BlendRGB24(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                  unsigned long* size, unsigned long width, unsigned long height,
+                                  int step, FIELD_TYPE field, float ratio);
+  static unsigned long BlendRGB32(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                  unsigned long* size, unsigned long width, unsigned long height,
+                                  int step, FIELD_TYPE field, float ratio);
+
+  // Alpha composition: the first picture over the second by its per-pixel
+  // alpha (255 opaque). A null picture or a size past the limits answers 3;
+  // a failure after the first write clears the destination and answers 4
+  // (1 when a work picture could not be had).
+
+  // `srcRGBA` (B G R A, lines of 4 x width) over `srcRGB` (B G R); `srcRGB`
+  // and `dst` have the 4-byte aligned 24-bit line. Top-down.
+  static unsigned long AlphaCompRGB24(unsigned char* srcRGBA, unsigned char* srcRGB,
+                                      unsigned char* dst, unsigned long width,
+                                      unsigned long height);
+  // Three B G R A pictures with lines of 4 x width; the result's alpha is
+  // that of A over B.
+  static unsigned long AlphaCompRGB32(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                      unsigned long width, unsigned long height);
+  // With signed steps (0 stands for -4 x width, bottom-up). Pictures of
+  // opposite directions are reconciled by flipping through a work picture, or
+  // by flipping the result. When srcB is dst their steps must be equal.
+  static unsigned long AlphaCompRGB32(unsigned char* srcA, int stepA, unsigned char* srcB,
+                                      int stepB, unsigned char* dst, int dstStep,
+                                      unsigned long width, unsigned long height);
+  // CF_YUY2A pictures packed without padding: YUY2 lines of 2 x width bytes,
+  // then at 2 x width x height the alpha lines of width bytes. `srcA` goes
+  // over `srcB` on the lines firstLine .. firstLine + lineCount (0: height
+  // lines); lines past the picture's last one are not run, and a firstLine
+  // past it answers 3. An odd width's lone last pixel is composed with its Y,
+  // its one chroma byte and its alpha: nothing past a line is read or written.
+  static unsigned long AlphaCompYUY2A(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                      unsigned long width, unsigned long height,
+                                      unsigned long firstLine, unsigned long lineCount);
+
  private:
   // The library's own code (and its tests) reach the private conversions
   // through this door.
@@ -691,45 +788,59 @@ class ORV_API OrvImage {
   friend struct OrvImageTestAccess;
 
   // ---- Resizing through the image primitives (private) --------------------
-  static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor, double* yFactor,
-                              int* srcTrimX, int* dstMarginX, bool* padded);
-  static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
-  static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                              double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
-                              bool sameField);
-  static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                            IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                            double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
-                            FIELD_TYPE field, bool sameField);
-  static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                              double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
-  static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                             IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                             double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
-                             bool sameField);
-  static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
-  static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
-  static void ClearResizeInfo(RESIZE_INFO* info);
+  ORV_HIDDEN static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor,
+                                         double* yFactor, int* srcTrimX, int* dstMarginX,
+                                         bool* padded);
+  ORV_HIDDEN static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
+  ORV_HIDDEN static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep,
+                                         int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                         IppiRect srcRect, double xFactor, double yFactor,
+                                         INTERPOLATION_MODE mode, FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep,
+                                       int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                       IppiRect srcRect, double xFactor, double yFactor,
+                                       INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
+                                       FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep,
+                                         int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                         IppiRect srcRect, double xFactor, double yFactor,
+                                         INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
+  ORV_HIDDEN static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep,
+                                        int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                        IppiRect srcRect, double xFactor, double yFactor,
+                                        INTERPOLATION_MODE mode, FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
+  ORV_HIDDEN static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
+  ORV_HIDDEN static void ClearResizeInfo(RESIZE_INFO* info);
 
   // ---- Flat-band search of the mask copy (private) ------------------------
   // One robust colour for each of two lines, from ten samples.
-  static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                  unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                 unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                 unsigned char& color1, unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2,
+                                             unsigned long width, unsigned char& color1,
+                                             unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2,
+                                           unsigned long width, unsigned char& color1,
+                                           unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2,
+                                            unsigned long width, unsigned char& color1,
+                                            unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2,
+                                            unsigned long width, unsigned char& color1,
+                                            unsigned char& color2);
   // Updates the walk of the mask copy down a picture by one pair of lines.
-  static void CheckChangeLine(unsigned char* line, unsigned char* dstLine, unsigned long width,
-                              unsigned long height, int step, unsigned long lineNo,
-                              unsigned long sum1, unsigned long sum2, unsigned char color1,
-                              unsigned char color2, unsigned char prevColor, bool& inBand,
-                              bool& pastTop, unsigned char** src1, unsigned char** src2,
-                              unsigned char** dst1, unsigned char** dst2);
+  ORV_HIDDEN static void CheckChangeLine(
+      unsigned char* line, unsigned char* dstLine, unsigned long width, unsigned long height,
+      int step, unsigned long lineNo, unsigned long sum1, unsigned long sum2, unsigned char color1,
+      unsigned char color2, unsigned char prevColor, bool& inBand, bool& pastTop,
+      unsigned char** src1, unsigned char** src2, unsigned char** dst1, unsigned char** dst2);
+
+  // ---- Blend and alpha composition (private) ------------------------------
+  // Float form of the YUY2 blend: dst = dst x (1 - ratio) + src x ratio per
+  // Y, Cb and Cr plane, rounded to nearest. Lines are the aligned YUY2 line.
+  // False on any failure. The library itself does not use it. Private, so
+  // kept out of the exported symbols.
+  [[gnu::visibility("hidden")]] static bool BlendYUY2(const unsigned char* src, unsigned char* dst,
+                                                      IppiSize size, float ratio);
 
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;
