@@ -19,6 +19,7 @@ OrvImage::OrvImage()
       m_colorConverter(nullptr) {}
 
 OrvImage::~OrvImage() {
+  ClearResizeInfo(&m_resizeInfo);
   delete m_convertInfo.intermediate;
   delete m_convertInfo.temp;
   for (OrvMemory* buffer : m_workBuffers) delete buffer;

@@ -16,6 +16,7 @@
 #include <OrvExport.h>
 #include <OrvIppTypes.h>
 #include <OrvMemory.h>
+#include <OrvPlatformTypes.h>
 
 #include <cstdint>
 #include <vector>
@@ -192,7 +193,210 @@ class ORV_API OrvImage {
   // True when the picture is closer to 16:9 than to 4:3 (and when a side is 0).
   static bool IsNearWideAspect(unsigned long width, unsigned long height);
 
+  // ---- Resizing through the image primitives ------------------------------
+
+  // Resize a picture to another size. `size` is the capacity in, bytes
+  // produced out; a null picture stores the required size and answers 3.
+  // Opposite step signs turn the picture. INTERPOLATION_TAVO uses the own
+  // scaler for YUV420 and YUY2; other modes the primitives.
+  static unsigned long ResizeYUV420(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                    unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                    unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                    INTERPOLATION_MODE mode);
+  static unsigned long ResizeYUY2(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                  unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                  unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                  INTERPOLATION_MODE mode);
+  static unsigned long ResizeRGB24(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                   unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                   unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                   INTERPOLATION_MODE mode);
+  static unsigned long ResizeRGB32(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                   unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                   unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                   INTERPOLATION_MODE mode);
+
+  // Plans an instance resize between two fixed sizes (with the trims and
+  // margins of the fixed video rasters), or between two rectangles.
+  unsigned long Initialize(unsigned long srcWidth, unsigned long srcHeight, unsigned long dstWidth,
+                           unsigned long dstHeight, INTERPOLATION_MODE mode);
+  unsigned long InitializeEx(unsigned long srcWidth, unsigned long srcHeight, RECT srcRect,
+                             unsigned long dstWidth, unsigned long dstHeight, RECT dstRect,
+                             INTERPOLATION_MODE mode, bool reserved, bool explicitDstRect);
+  // Run the plan of Initialize or InitializeEx on pictures with the dword-aligned
+  // line of their format (RGB pictures bottom-up).
+  unsigned long ResizeYUY2(unsigned char* src, unsigned char* dst, unsigned long* size);
+  unsigned long ResizeRGB24(unsigned char* src, unsigned char* dst, unsigned long* size);
+  unsigned long ResizeRGB32(unsigned char* src, unsigned char* dst, unsigned long* size);
+
+  // ---- Field operations and de-interlacing --------------------------------
+  //
+  // A memory line is counted from the lowest address, whatever the sign of the
+  // step. `dstSize` bounds every write. All answer 3 for a null picture.
+
+  // Writes the lines of one field, packed, to `dst`. `top` means the field of
+  // the display's first line in either vertical direction.
+  static unsigned long GetFieldYUV420(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      bool top);
+  static unsigned long GetFieldYUY2(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                    unsigned long width, unsigned long height, int step, bool top);
+  static unsigned long GetFieldRGB24(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                     unsigned long width, unsigned long height, int step, bool top);
+  static unsigned long GetFieldRGB32(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                     unsigned long width, unsigned long height, int step, bool top);
+  // Interleaves two field pictures, laid out as GetField lays them out.
+  static unsigned long MakeFrameYUV420(unsigned char* topFieldPicture,
+                                       unsigned char* bottomFieldPicture, unsigned char* dst,
+                                       unsigned long dstSize, unsigned long width,
+                                       unsigned long height, int step);
+  static unsigned long MakeFrameYUY2(unsigned char* topFieldPicture,
+                                     unsigned char* bottomFieldPicture, unsigned char* dst,
+                                     unsigned long dstSize, unsigned long width,
+                                     unsigned long height, int step);
+  static unsigned long MakeFrameRGB24(unsigned char* topFieldPicture,
+                                      unsigned char* bottomFieldPicture, unsigned char* dst,
+                                      unsigned long dstSize, unsigned long width,
+                                      unsigned long height, int step);
+  static unsigned long MakeFrameRGB32(unsigned char* topFieldPicture,
+                                      unsigned char* bottomFieldPicture, unsigned char* dst,
+                                      unsigned long dstSize, unsigned long width,
+                                      unsigned long height, int step);
+  // Moves the picture one line down or up, so that its fields change places.
+  // `src` may equal `dst`.
+  static unsigned long FieldSwapYUV420(unsigned char* src, unsigned char* dst,
+                                       unsigned long dstSize, unsigned long width,
+                                       unsigned long height, int step, SCAN_TYPE scan);
+  static unsigned long FieldSwapYUY2(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                     unsigned long width, unsigned long height, int step,
+                                     SCAN_TYPE scan);
+  static unsigned long FieldSwapRGB24(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      SCAN_TYPE scan);
+  static unsigned long FieldSwapRGB32(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      SCAN_TYPE scan);
+  // Makes a frame of one field: by doubling the earlier field's lines, or by
+  // stretching the later field to the full height with a resizer.
+  static unsigned long DeInterlaceYUV420(unsigned char* src, unsigned char* dst,
+                                         unsigned long dstSize, unsigned long width,
+                                         unsigned long height, int step, SCAN_TYPE scan,
+                                         DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+  static unsigned long DeInterlaceYUY2(unsigned char* src, unsigned char* dst,
+                                       unsigned long dstSize, unsigned long width,
+                                       unsigned long height, int step, SCAN_TYPE scan,
+                                       DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+  static unsigned long DeInterlaceRGB24(unsigned char* src, unsigned char* dst,
+                                        unsigned long dstSize, unsigned long width,
+                                        unsigned long height, int step, SCAN_TYPE scan,
+                                        DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+  static unsigned long DeInterlaceRGB32(unsigned char* src, unsigned char* dst,
+                                        unsigned long dstSize, unsigned long width,
+                                        unsigned long height, int step, SCAN_TYPE scan,
+                                        DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+
+  // ---- Picture copy, rotate, delta and bitmaps ----------------------------
+
+  // Copies a picture to another step. `dstSize` is in and out: the capacity on
+  // entry, the bytes required (|dstStep| x height, plus chroma or alpha) on
+  // return. A null picture stores the required size and answers 3; a capacity
+  // below it answers 2 with nothing written. Opposite step signs turn the
+  // picture upside down. `src` may equal `dst`: lines then move in place.
+  static unsigned long CopyYUV420(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                  unsigned long width, unsigned long height, int srcStep,
+                                  int dstStep);
+  static unsigned long CopyYUY2(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                unsigned long width, unsigned long height, int srcStep,
+                                int dstStep);
+  static unsigned long CopyYUY2A(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                 unsigned long width, unsigned long height, int srcStep,
+                                 int dstStep);
+  static unsigned long CopyRGB24(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                 unsigned long width, unsigned long height, int srcStep,
+                                 int dstStep);
+  static unsigned long CopyRGB32(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                 unsigned long width, unsigned long height, int srcStep,
+                                 int dstStep);
+  // Turns a picture (generic positive lines) by quarter turns, with an optional
+  // left-to-right flip. `width` and `height` are the source's.
+  static unsigned long RotateRGB24(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                   unsigned long width, unsigned long height, ROTATE_MODE mode,
+                                   bool flip);
+  static unsigned long RotateRGB32(unsigned char* src, unsigned char* dst, unsigned long* dstSize,
+                                   unsigned long width, unsigned long height, ROTATE_MODE mode,
+                                   bool flip);
+  // A cheap difference of two dense top-down pictures: the sum of absolute luma
+  // differences at one pixel in eight. 0 for null pictures or sizes past the limits.
+  static unsigned long GetDeltaFromYUV420(unsigned char* pictureA, unsigned char* pictureB,
+                                          unsigned long width, unsigned long height);
+  static unsigned long GetDeltaFromYUY2(unsigned char* pictureA, unsigned char* pictureB,
+                                        unsigned long width, unsigned long height);
+  static unsigned long GetDeltaFromRGB24(unsigned char* pictureA, unsigned char* pictureB,
+                                         unsigned long width, unsigned long height);
+  static unsigned long GetDeltaFromRGB32(unsigned char* pictureA, unsigned char* pictureB,
+                                         unsigned long width, unsigned long height);
+  // Expand a 1-, 4- or 8-bit palette bitmap, or a 16/32-bit bit-field bitmap, to
+  // 24-bit B G R. A bit count or compression the operation does not serve
+  // answers 0 with nothing written (the required size is still stored); a
+  // BITMAPINFO that disagrees with itself or with the steps answers 3.
+  static unsigned long PaletteToRGB24(unsigned char* src, unsigned char* dst,
+                                      unsigned long* dstSize, BITMAPINFO* info, int srcStep,
+                                      int dstStep);
+  static unsigned long BitFieldsToRGB24(unsigned char* src, unsigned char* dst,
+                                        unsigned long* dstSize, BITMAPINFO* info, int srcStep,
+                                        int dstStep);
+
  private:
+  // Lets the test suite reach the private stages.
+  friend struct OrvImageTestAccess;
+
+  // ---- Resizing through the image primitives (private) --------------------
+  ORV_HIDDEN static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor,
+                                         double* yFactor, int* srcTrimX, int* dstMarginX,
+                                         bool* padded);
+  ORV_HIDDEN static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
+  ORV_HIDDEN static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep,
+                                         int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                         IppiRect srcRect, double xFactor, double yFactor,
+                                         INTERPOLATION_MODE mode, FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep,
+                                       int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                       IppiRect srcRect, double xFactor, double yFactor,
+                                       INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
+                                       FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep,
+                                         int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                         IppiRect srcRect, double xFactor, double yFactor,
+                                         INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
+  ORV_HIDDEN static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep,
+                                        int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                        IppiRect srcRect, double xFactor, double yFactor,
+                                        INTERPOLATION_MODE mode, FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
+  ORV_HIDDEN static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
+  ORV_HIDDEN static void ClearResizeInfo(RESIZE_INFO* info);
+
+  // ---- Flat-band search of the mask copy (private) ------------------------
+  // One robust colour for each of two lines, from ten samples.
+  ORV_HIDDEN static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2,
+                                             unsigned long width, unsigned char& color1,
+                                             unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2,
+                                           unsigned long width, unsigned char& color1,
+                                           unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2,
+                                            unsigned long width, unsigned char& color1,
+                                            unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2,
+                                            unsigned long width, unsigned char& color1,
+                                            unsigned char& color2);
+  // Updates the walk of the mask copy down a picture by one pair of lines.
+  ORV_HIDDEN static void CheckChangeLine(
+      unsigned char* line, unsigned char* dstLine, unsigned long width, unsigned long height,
+      int step, unsigned long lineNo, unsigned long sum1, unsigned long sum2, unsigned char color1,
+      unsigned char color2, unsigned char prevColor, bool& inBand, bool& pastTop,
+      unsigned char** src1, unsigned char** src2, unsigned char** dst1, unsigned char** dst2);
+
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;
   bool m_convertValid;
@@ -202,6 +406,31 @@ class ORV_API OrvImage {
   CONVERT_INFO m_convertInfo;
   std::vector<OrvMemory*> m_workBuffers;
   orv::ColorSpaceConverter* m_colorConverter;
+
+  // ---- Own scaler (private) ----
+  // The resizer of INTERPOLATION_TAVO: two separable passes, horizontal first,
+  // each by copy, halving, exact area weighting, repetition, doubling or
+  // four-tap cubic interpolation, chosen by the ratio of the lengths. Steps are
+  // magnitudes. `srcTrimX` source columns are dropped and `dstMarginX` /
+  // `dstMarginY` destination columns / lines left untouched, half on each side.
+  // `field` selects the source lines; with `sameField` the field goes into the
+  // same field of the destination, otherwise it fills the whole destination.
+  // The YUY2 form treats chroma as signed around 128 and refuses odd lengths
+  // across. False for invalid arguments (nothing written) or a failed work
+  // allocation; see image/tavo_resize.h. Private, so kept out of the exported
+  // symbols.
+  [[gnu::visibility("hidden")]] static bool TavoResizeYUV420(const unsigned char* src,
+                                                             unsigned char* dst, int srcStep,
+                                                             int dstStep, IppiSize srcSize,
+                                                             IppiSize dstSize, int srcTrimX,
+                                                             int dstMarginX, int dstMarginY,
+                                                             FIELD_TYPE field, bool sameField);
+  [[gnu::visibility("hidden")]] static bool TavoResizeYUY2(const unsigned char* src,
+                                                           unsigned char* dst, int srcStep,
+                                                           int dstStep, IppiSize srcSize,
+                                                           IppiSize dstSize, int srcTrimX,
+                                                           int dstMarginX, int dstMarginY,
+                                                           FIELD_TYPE field, bool sameField);
 };
 
 #endif  // ORV_IMAGE_H_

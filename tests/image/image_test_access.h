@@ -1,0 +1,64 @@
+// Reaches the private stages of OrvImage from the tests.
+#ifndef ORV_TESTS_IMAGE_IMAGE_TEST_ACCESS_H_
+#define ORV_TESTS_IMAGE_IMAGE_TEST_ACCESS_H_
+
+#include <OrvImage.h>
+
+struct OrvImageTestAccess {
+  using IppiSize = OrvImage::IppiSize;
+  static bool GetResizeFactor(IppiSize src, IppiSize dst, double* x, double* y, int* trim,
+                              int* margin, bool* padded) {
+    return OrvImage::GetResizeFactor(src, dst, x, y, trim, margin, padded);
+  }
+  static int GetInterpolation(OrvImage::INTERPOLATION_MODE mode, double x, double y) {
+    return OrvImage::GetInterpolation(mode, x, y);
+  }
+  static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                              IppiSize srcSize, IppiSize dstSize, OrvImage::IppiRect srcRect,
+                              double x, double y, OrvImage::INTERPOLATION_MODE mode,
+                              OrvImage::FIELD_TYPE field, bool sameField) {
+    return OrvImage::IppResizeYUV420(src, dst, srcStep, dstStep, srcSize, dstSize, srcRect, x, y,
+                                     mode, field, sameField);
+  }
+  static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                             IppiSize srcSize, IppiSize dstSize, OrvImage::IppiRect srcRect,
+                             double x, double y, OrvImage::INTERPOLATION_MODE mode,
+                             OrvImage::FIELD_TYPE field, bool sameField) {
+    return OrvImage::IppResizePlane(src, dst, srcStep, dstStep, srcSize, dstSize, srcRect, x, y,
+                                    mode, field, sameField);
+  }
+  static bool AllocateTempBuffer(OrvImage::TEMP_PLANAR_FORMAT* t, IppiSize s, IppiSize d) {
+    return OrvImage::AllocateTempBuffer(t, s, d);
+  }
+  static void ReleaseTempBuffer(OrvImage::TEMP_PLANAR_FORMAT* t) { OrvImage::ReleaseTempBuffer(t); }
+  static const OrvImage::RESIZE_INFO& ResizeInfo(const OrvImage& image) {
+    return image.m_resizeInfo;
+  }
+  static void CheckColours(int family, unsigned char* l1, unsigned char* l2, unsigned long width,
+                           unsigned char& c1, unsigned char& c2) {
+    switch (family) {
+      case 0:
+        OrvImage::GetCheckColorYUV420(l1, l2, width, c1, c2);
+        break;
+      case 1:
+        OrvImage::GetCheckColorYUY2(l1, l2, width, c1, c2);
+        break;
+      case 2:
+        OrvImage::GetCheckColorRGB24(l1, l2, width, c1, c2);
+        break;
+      default:
+        OrvImage::GetCheckColorRGB32(l1, l2, width, c1, c2);
+        break;
+    }
+  }
+  static void CheckChangeLine(unsigned char* line, unsigned char* dstLine, unsigned long width,
+                              int step, unsigned long lineNo, unsigned long sum1,
+                              unsigned long sum2, unsigned char c1, unsigned char c2,
+                              unsigned char prev, bool& inBand, bool& pastTop, unsigned char** s1,
+                              unsigned char** s2, unsigned char** d1, unsigned char** d2) {
+    OrvImage::CheckChangeLine(line, dstLine, width, 0, step, lineNo, sum1, sum2, c1, c2, prev,
+                              inBand, pastTop, s1, s2, d1, d2);
+  }
+};
+
+#endif  // ORV_TESTS_IMAGE_IMAGE_TEST_ACCESS_H_
