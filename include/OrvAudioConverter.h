@@ -15,14 +15,6 @@
 
 class OrvMemory;
 
-// Members whose signatures carry the library's internal types stay inside the
-// shared library: they are not part of its exported interface.
-#if defined(_WIN32) || defined(ORV_STATIC_INTERNAL)
-#define ORV_AUCONV_INTERNAL
-#else
-#define ORV_AUCONV_INTERNAL __attribute__((visibility("hidden")))
-#endif
-
 namespace orv {
 class CMtSampleData;
 class FsConvEngine;
@@ -105,29 +97,30 @@ class ORV_API OrvAudioConverter {
  protected:
   void ClearAll();
   unsigned long InitFsConv();
-  ORV_AUCONV_INTERNAL unsigned long DoFsConv(orv::CMtSampleData* sampleData, const int* offsets,
-                                             unsigned char* dst, unsigned long dstBytes,
-                                             unsigned long* dstFrames);
+  ORV_HIDDEN unsigned long DoFsConv(orv::CMtSampleData* sampleData, const int* offsets,
+                                    unsigned char* dst, unsigned long dstBytes,
+                                    unsigned long* dstFrames);
   unsigned long SetFsConvOutDataToOutputBuffer(const float* floatData, unsigned long frames,
                                                unsigned long stride, const int* offsets,
                                                unsigned char* dst, unsigned long dstBytes);
   void ReleaseInternalBuffer();
 
-  ORV_AUCONV_INTERNAL static unsigned long ConvertChannel(
-      const ORV_AUCONV_PARAM& in, const ORV_AUCONV_PARAM& out, ORV_AUCONV_DOWNMIX_MODE mode,
-      unsigned char* src, unsigned long frames, unsigned char* dst, unsigned long dstBytes,
-      orv::CMtSampleData* sampleData);
+  ORV_HIDDEN static unsigned long ConvertChannel(const ORV_AUCONV_PARAM& in,
+                                                 const ORV_AUCONV_PARAM& out,
+                                                 ORV_AUCONV_DOWNMIX_MODE mode, unsigned char* src,
+                                                 unsigned long frames, unsigned char* dst,
+                                                 unsigned long dstBytes,
+                                                 orv::CMtSampleData* sampleData);
   static unsigned long ConvertChannelWithoutChannelMix(const ORV_AUCONV_PARAM& in,
                                                        const ORV_AUCONV_PARAM& out,
                                                        unsigned char* src, unsigned long frames,
                                                        unsigned char* dst, unsigned long dstBytes);
-  ORV_AUCONV_INTERNAL static unsigned long ConvertStereoToMono(const ORV_AUCONV_PARAM& in,
-                                                               unsigned char* src,
-                                                               unsigned long frames,
-                                                               orv::CMtSampleData* sampleData);
-  ORV_AUCONV_INTERNAL static unsigned long DownMix(const ORV_AUCONV_PARAM& in, unsigned char* src,
-                                                   unsigned long frames, unsigned long outChannels,
-                                                   orv::CMtSampleData* sampleData);
+  ORV_HIDDEN static unsigned long ConvertStereoToMono(const ORV_AUCONV_PARAM& in,
+                                                      unsigned char* src, unsigned long frames,
+                                                      orv::CMtSampleData* sampleData);
+  ORV_HIDDEN static unsigned long DownMix(const ORV_AUCONV_PARAM& in, unsigned char* src,
+                                          unsigned long frames, unsigned long outChannels,
+                                          orv::CMtSampleData* sampleData);
   static void FloatToInt16LSB(const float* value, unsigned char* out);
   static void FloatToInt24LSB(const float* value, unsigned char* out);
   static int GetChannelOffset(unsigned long mask, unsigned long bit);
