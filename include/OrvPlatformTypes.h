@@ -55,8 +55,25 @@ typedef HINSTANCE HMODULE;
 #define E_OUTOFMEMORY (static_cast<HRESULT>(0x8007000EL))
 #define E_INVALIDARG (static_cast<HRESULT>(0x80070057L))
 #define RPC_E_CHANGED_MODE (static_cast<HRESULT>(0x80010106L))
+#define CO_E_NOTINITIALIZED (static_cast<HRESULT>(0x800401F0L))
+#define CO_E_OBJISREG (static_cast<HRESULT>(0x800401FBL))
+#define CO_E_OBJNOTREG (static_cast<HRESULT>(0x800401FCL))
+#define CLASS_E_NOAGGREGATION (static_cast<HRESULT>(0x80040110L))
+#define REGDB_E_CLASSNOTREG (static_cast<HRESULT>(0x80040154L))
 #define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
 #define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
+
+// Thread creation flags, exit code and priority levels, with Windows' numbers.
+#define CREATE_SUSPENDED 0x00000004u
+#define STILL_ACTIVE 259u
+#define THREAD_PRIORITY_IDLE (-15)
+#define THREAD_PRIORITY_LOWEST (-2)
+#define THREAD_PRIORITY_BELOW_NORMAL (-1)
+#define THREAD_PRIORITY_NORMAL 0
+#define THREAD_PRIORITY_ABOVE_NORMAL 1
+#define THREAD_PRIORITY_HIGHEST 2
+#define THREAD_PRIORITY_TIME_CRITICAL 15
+#define THREAD_PRIORITY_ERROR_RETURN 0x7FFFFFFF
 
 typedef struct tagRECT {
   LONG left;
@@ -102,6 +119,30 @@ typedef struct _SECURITY_ATTRIBUTES {
   BOOL bInheritHandle;
 } SECURITY_ATTRIBUTES;
 
+// Files: access rights, sharing, creation dispositions, seek origins and volume
+// flags of the file calls, with Windows' numbers.
+#define GENERIC_READ 0x80000000u
+#define GENERIC_WRITE 0x40000000u
+#define FILE_SHARE_READ 0x00000001u
+#define FILE_SHARE_WRITE 0x00000002u
+#define FILE_SHARE_DELETE 0x00000004u
+#define CREATE_NEW 1u
+#define CREATE_ALWAYS 2u
+#define OPEN_EXISTING 3u
+#define OPEN_ALWAYS 4u
+#define TRUNCATE_EXISTING 5u
+#define FILE_ATTRIBUTE_NORMAL 0x00000080u
+#define FILE_FLAG_BACKUP_SEMANTICS 0x02000000u
+#define FILE_BEGIN 0u
+#define FILE_CURRENT 1u
+#define FILE_END 2u
+#define ERROR_DISK_FULL 112u
+#define FILE_CASE_SENSITIVE_SEARCH 0x00000001u
+#define FILE_CASE_PRESERVED_NAMES 0x00000002u
+#define FILE_UNICODE_ON_DISK 0x00000004u
+#define FILE_SUPPORTS_SPARSE_FILES 0x00000040u
+#define FILE_READ_ONLY_VOLUME 0x00080000u
+
 typedef enum tagCOINIT {
   COINIT_APARTMENTTHREADED = 0x2,
   COINIT_MULTITHREADED = 0x0,
@@ -117,6 +158,12 @@ typedef struct _GUID {
 } GUID;
 typedef GUID IID;
 typedef GUID CLSID;
+
+// Class contexts of object creation.
+#define CLSCTX_INPROC_SERVER 0x1u
+#define CLSCTX_INPROC_HANDLER 0x2u
+#define CLSCTX_LOCAL_SERVER 0x4u
+#define CLSCTX_REMOTE_SERVER 0x10u
 
 // A critical section: a recursive lock owned by one thread at a time.
 typedef struct _RTL_CRITICAL_SECTION {

@@ -16,4 +16,14 @@
 // Pictures
 #include <OrvImage.h>
 
+// Threads
+#include <OrvMsgThread.h>
+
+// Camera metadata
+#include <OrvCameraInfo.h>
+
+// Files
+#include <COrvFile.h>
+#include <IOrvFile.h>
+
 #endif  // ORV_UTILITY_H_

@@ -107,10 +107,14 @@ HANDLE CreateEventObject(bool manualReset, bool initialState) {
   return static_cast<KernelObject*>(new (std::nothrow) EventObject(manualReset, initialState));
 }
 
+// The setter holds a reference while it signals: a waiter woken by the signal
+// may close the last handle before Set has finished notifying.
 bool SetEventObject(HANDLE event) {
   EventObject* object = As<EventObject>(event, ObjectKind::kEvent);
   if (!object) return false;
+  object->AddRef();
   object->Set();
+  object->Release();
   return true;
 }
 
@@ -128,7 +132,11 @@ HANDLE CreateSemaphoreObject(long initialCount, long maximumCount) {
 
 bool ReleaseSemaphoreObject(HANDLE semaphore, long count, long* previousCount) {
   SemaphoreObject* object = As<SemaphoreObject>(semaphore, ObjectKind::kSemaphore);
-  return object && object->Release(count, previousCount);
+  if (!object) return false;
+  object->AddRef();  // as for events: a woken waiter may close the handle at once
+  const bool released = object->Release(count, previousCount);
+  object->KernelObject::Release();
+  return released;
 }
 
 uint32_t WaitForSingleObject(HANDLE handle, uint32_t timeoutMs) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 #include "platform/os/os_handles.h"
@@ -36,13 +37,13 @@ TEST(OsHandles, BadHandlesFail) {
 
 TEST(OsHandles, ManualEventReleasesEveryWaiter) {
   HANDLE event = CreateEventObject(true, false);
-  int woken = 0;
+  std::atomic<int> woken{0};  // both waiters add to it at once
   std::thread a([&] { woken += WaitForSingleObject(event, INFINITE) == WAIT_OBJECT_0; });
   std::thread b([&] { woken += WaitForSingleObject(event, INFINITE) == WAIT_OBJECT_0 ? 10 : 0; });
   SetEventObject(event);
   a.join();
   b.join();
-  EXPECT_EQ(woken, 11);
+  EXPECT_EQ(woken.load(), 11);
   CloseHandle(event);
 }
 
