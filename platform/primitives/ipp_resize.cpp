@@ -1,0 +1,121 @@
+#include "platform/primitives/ipp_resize.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <vector>
+
+#include "platform/primitives/ipp_check.h"
+#include "platform/primitives/ipp_resize_plan.h"
+
+namespace orv {
+namespace ipp {
+namespace {
+
+using check::Line;
+
+bool InterpolationOk(int i) {
+  return i == IPPI_INTER_NN || i == IPPI_INTER_LINEAR || i == IPPI_INTER_CUBIC ||
+         i == IPPI_INTER_SUPER;
+}
+
+bool FactorOk(double f) { return std::isfinite(f) && f > 0.0; }
+
+}  // namespace
+
+namespace forms {
+
+IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src, IppiSize srcSize,
+                 int srcStep, IppiRect roi, Ipp8u* dst, int dstStep, IppiSize dstSize,
+                 double xFactor, double yFactor, double xCenter, double yCenter,
+                 int interpolation) {
+  if (src == nullptr || dst == nullptr) return ippStsNullPtrErr;
+  if (!check::SizeOk(srcSize) || !check::SizeOk(dstSize) || roi.width < 1 || roi.height < 1)
+    return ippStsSizeErr;
+  if (!check::StepOk(srcStep, srcSize.width, channels) ||
+      !check::StepOk(dstStep, dstSize.width, channels))
+    return ippStsStepErr;
+  if (!FactorOk(xFactor) || !FactorOk(yFactor)) return ippStsResizeFactorErr;
+  if (centered && (!std::isfinite(xCenter) || !std::isfinite(yCenter)))
+    return ippStsResizeFactorErr;
+  if (!InterpolationOk(interpolation)) return ippStsInterpolationErr;
+
+  // The region clipped to the picture, in 64 bits so no corner can wrap.
+  const int64_t x0 = std::max<int64_t>(roi.x, 0);
+  const int64_t y0 = std::max<int64_t>(roi.y, 0);
+  const int64_t x1 = std::min<int64_t>(static_cast<int64_t>(roi.x) + roi.width, srcSize.width);
+  const int64_t y1 = std::min<int64_t>(static_cast<int64_t>(roi.y) + roi.height, srcSize.height);
+  if (x0 >= x1 || y0 >= y1) return ippStsWrongIntersectROI;
+
+  AxisPlan px, py;
+  std::vector<int16_t> line;
+  std::vector<const Ipp8u*> rows;
+  try {
+    BuildAxisPlan(dstSize.width, xFactor, roi.x + (centered ? xCenter : 0.0),
+                  centered ? dstSize.width / 2.0 : 0.0, static_cast<int>(x0), static_cast<int>(x1),
+                  interpolation, &px);
+    BuildAxisPlan(dstSize.height, yFactor, roi.y + (centered ? yCenter : 0.0),
+                  centered ? dstSize.height / 2.0 : 0.0, static_cast<int>(y0), static_cast<int>(y1),
+                  interpolation, &py);
+    if (px.count == 0 || py.count == 0) return ippStsWrongIntersectROI;
+    if (interpolation != IPPI_INTER_NN) {
+      line.resize(static_cast<size_t>(x1 - x0) * channels);
+      rows.resize(static_cast<size_t>(py.taps));
+    }
+  } catch (const std::bad_alloc&) {
+    return ippStsMemAllocErr;
+  }
+
+  const ptrdiff_t dstOffset = static_cast<ptrdiff_t>(px.first) * channels;
+  if (interpolation == IPPI_INTER_NN) {
+    auto gather = channels == 1 ? k.gatherC1 : (channels == 3 ? k.gatherC3 : k.gatherC4);
+    for (int j = 0; j < py.count; ++j) {
+      const Ipp8u* s = Line(src, srcStep, py.start[static_cast<size_t>(j)]);
+      gather(s, px.start.data(), Line(dst, dstStep, py.first + j) + dstOffset, px.count);
+    }
+    return ippStsNoErr;
+  }
+
+  // Horizontal starts become relative to the clipped region's first column.
+  for (int32_t& s : px.start) s -= static_cast<int32_t>(x0);
+  auto horizontal = channels == 1 ? k.filterHorizontalC1
+                                  : (channels == 3 ? k.filterHorizontalC3 : k.filterHorizontalC4);
+  const ptrdiff_t srcOffset = static_cast<ptrdiff_t>(x0) * channels;
+  const int bytes = static_cast<int>(x1 - x0) * channels;
+  for (int j = 0; j < py.count; ++j) {
+    const int s0 = py.start[static_cast<size_t>(j)];
+    for (int t = 0; t < py.taps; ++t)
+      rows[static_cast<size_t>(t)] = Line(src, srcStep, s0 + t) + srcOffset;
+    k.filterVertical(rows.data(), &py.coef[static_cast<size_t>(j) * py.taps], py.taps, line.data(),
+                     bytes);
+    horizontal(line.data(), px.start.data(), px.coef.data(), px.taps,
+               Line(dst, dstStep, py.first + j) + dstOffset, px.count);
+  }
+  return ippStsNoErr;
+}
+
+}  // namespace forms
+
+#define ORV_RESIZE(C)                                                                             \
+  IppStatus ippiResize_8u_C##C##R(const Ipp8u* s, IppiSize ss, int sStep, IppiRect roi, Ipp8u* d, \
+                                  int dStep, IppiSize ds, double xf, double yf,                   \
+                                  int interpolation) {                                            \
+    return forms::Resize(ActiveKernels(), C, false, s, ss, sStep, roi, d, dStep, ds, xf, yf, 0.0, \
+                         0.0, interpolation);                                                     \
+  }
+
+ORV_RESIZE(1)
+ORV_RESIZE(3)
+ORV_RESIZE(4)
+
+#undef ORV_RESIZE
+
+IppStatus ippiResizeCenter_8u_C1R(const Ipp8u* s, IppiSize ss, int sStep, IppiRect roi, Ipp8u* d,
+                                  int dStep, IppiSize ds, double xf, double yf, double xc,
+                                  double yc, int interpolation) {
+  return forms::Resize(ActiveKernels(), 1, true, s, ss, sStep, roi, d, dStep, ds, xf, yf, xc, yc,
+                       interpolation);
+}
+
+}  // namespace ipp
+}  // namespace orv
