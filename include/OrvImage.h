@@ -400,6 +400,24 @@ class ORV_API OrvImage {
   CONVERT_INFO m_convertInfo;
   std::vector<OrvMemory*> m_workBuffers;
   orv::ColorSpaceConverter* m_colorConverter;
+
+  // ---- Own scaler (private) ----
+  // The resizer of INTERPOLATION_TAVO: two separable passes, horizontal first,
+  // each by copy, halving, exact area weighting, repetition, doubling or
+  // four-tap cubic interpolation, chosen by the ratio of the lengths. Steps are
+  // magnitudes. `srcTrimX` source columns are dropped and `dstMarginX` /
+  // `dstMarginY` destination columns / lines left untouched, half on each side.
+  // `field` selects the source lines; with `sameField` the field goes into the
+  // same field of the destination, otherwise it fills the whole destination.
+  // The YUY2 form treats chroma as signed around 128 and refuses odd lengths
+  // across. False for invalid arguments (nothing written) or a failed work
+  // allocation; see image/tavo_resize.h.
+  static bool TavoResizeYUV420(const unsigned char* src, unsigned char* dst, int srcStep,
+                               int dstStep, IppiSize srcSize, IppiSize dstSize, int srcTrimX,
+                               int dstMarginX, int dstMarginY, FIELD_TYPE field, bool sameField);
+  static bool TavoResizeYUY2(const unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                             IppiSize srcSize, IppiSize dstSize, int srcTrimX, int dstMarginX,
+                             int dstMarginY, FIELD_TYPE field, bool sameField);
 };
 
 #endif  // ORV_IMAGE_H_
