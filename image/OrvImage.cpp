@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include "colour/ColorSpaceConverter.h"
+
 OrvImage::OrvImage()
     : m_resizeValid(false),
       m_resizeInfo(),
@@ -21,4 +23,5 @@ OrvImage::~OrvImage() {
   delete m_convertInfo.intermediate;
   delete m_convertInfo.temp;
   for (OrvMemory* buffer : m_workBuffers) delete buffer;
+  delete m_colorConverter;
 }
