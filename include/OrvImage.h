@@ -23,6 +23,9 @@
 
 namespace orv {
 class ColorSpaceConverter;
+namespace image {
+struct ConversionAccess;
+}  // namespace image
 }  // namespace orv
 
 class ORV_API OrvImage {
@@ -295,6 +298,273 @@ class ORV_API OrvImage {
                                         unsigned long height, int step, SCAN_TYPE scan,
                                         DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
 
+  // ---- Format-pair conversions -------------------------------------------
+  //
+  // One function for each ordered pair of pixel formats that the library
+  // serves, named by source and destination. Every one of them:
+  //  - answers 3 for a width or height of 0 or above 65535, a step that does
+  //    not hold one line of its picture, or a size beyond 31 bits, before
+  //    anything else;
+  //  - with a null `src` or `dst` stores the required destination size R in
+  //    *dstSize and answers 3 (the forwarders to the 4:2:0 converter, marked
+  //    below, answer 3 without storing it);
+  //  - answers 2 with nothing written when *dstSize is below R;
+  //  - stores R in *dstSize, converts, and turns the picture upside down when
+  //    the two steps have opposite signs;
+  //  - on a failure after that clears the R bytes of `dst` and answers 1
+  //    (memory) or 4 (processing).
+  // R is |dstStep| x height for packed output, (|dstStep| + |dstStep/2|) x
+  // height for planar output and (|dstStep| + A(8)) x height for CF_YUY2A
+  // output, A(8) being the width rounded up to a multiple of 4.
+  // `progressive` false keeps the two fields of an interlaced picture apart
+  // wherever chroma is resampled vertically.
+
+  static unsigned long YUY2AToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
+                                          unsigned long* dstSize, unsigned long width,
+                                          unsigned long height, int srcStep, int dstStep);
+  static unsigned long YUY2AToRGBA(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToRGB24(unsigned char* const src, unsigned char* dst,
+                                          unsigned long* dstSize, unsigned long width,
+                                          unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToRGB32(unsigned char* const src, unsigned char* dst,
+                                          unsigned long* dstSize, unsigned long width,
+                                          unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToRGBA(unsigned char* const src, unsigned char* dst,
+                                         unsigned long* dstSize, unsigned long width,
+                                         unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToTavoShiftedStraightRGB24(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToTavoShiftedStraightRGB32(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToVUYA(unsigned char* const src, unsigned char* dst,
+                                         unsigned long* dstSize, unsigned long width,
+                                         unsigned long height, int srcStep, int dstStep);
+  static unsigned long CCIR601YUY2ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                          unsigned long* dstSize, unsigned long width,
+                                          unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB24ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
+                                          unsigned long* dstSize, unsigned long width,
+                                          unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB32ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
+                                          unsigned long* dstSize, unsigned long width,
+                                          unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB24ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB32ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGBAToYUY2A(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep);
+  static unsigned long TavoShiftedStraightRGB24ToCCIR601YUY2(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep);
+  static unsigned long TavoShiftedStraightRGB32ToCCIR601YUY2(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep);
+  static unsigned long TavoShiftedStraightRGB24ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long TavoShiftedStraightRGB32ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long RGB24ToRGB32(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB24ToRGBA(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB32ToRGB24(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB32ToRGBA(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGBAToRGB24(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGBAToRGB32(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep);
+  static unsigned long TavoShiftedStraightRGB24ToTavoShiftedStraightRGB32(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep);
+  static unsigned long TavoShiftedStraightRGB32ToTavoShiftedStraightRGB24(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep);
+  static unsigned long RGB24ToTavoShiftedStraightRGB24(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long RGB24ToTavoShiftedStraightRGB32(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long RGB32ToTavoShiftedStraightRGB24(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long RGB32ToTavoShiftedStraightRGB32(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long TavoShiftedStraightRGB24ToRGB24(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long TavoShiftedStraightRGB32ToRGB24(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long TavoShiftedStraightRGB24ToRGB32(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long TavoShiftedStraightRGB32ToRGB32(unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep);
+  static unsigned long TavoShiftedStraightRGB24ToRGBA(unsigned char* const src, unsigned char* dst,
+                                                      unsigned long* dstSize, unsigned long width,
+                                                      unsigned long height, int srcStep,
+                                                      int dstStep);
+  static unsigned long TavoShiftedStraightRGB32ToRGBA(unsigned char* const src, unsigned char* dst,
+                                                      unsigned long* dstSize, unsigned long width,
+                                                      unsigned long height, int srcStep,
+                                                      int dstStep);
+
+  // With `progressive`.
+  static unsigned long YUV420ToRGB32(unsigned char* const src, unsigned char* dst,
+                                     unsigned long* dstSize, unsigned long width,
+                                     unsigned long height, int srcStep, int dstStep,
+                                     bool progressive);
+  static unsigned long YUV420ToRGBA(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep,
+                                    bool progressive);
+  static unsigned long YV12ToRGBA(unsigned char* const src, unsigned char* dst,
+                                  unsigned long* dstSize, unsigned long width, unsigned long height,
+                                  int srcStep, int dstStep, bool progressive);
+  static unsigned long YUV420ToTavoShiftedStraightRGB24(unsigned char* const src,
+                                                        unsigned char* dst, unsigned long* dstSize,
+                                                        unsigned long width, unsigned long height,
+                                                        int srcStep, int dstStep, bool progressive);
+  static unsigned long YUV420ToTavoShiftedStraightRGB32(unsigned char* const src,
+                                                        unsigned char* dst, unsigned long* dstSize,
+                                                        unsigned long width, unsigned long height,
+                                                        int srcStep, int dstStep, bool progressive);
+  static unsigned long YUV420ToVUYA(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep,
+                                    bool progressive);
+  static unsigned long YUV420ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                     unsigned long* dstSize, unsigned long width,
+                                     unsigned long height, int srcStep, int dstStep,
+                                     bool progressive);
+  static unsigned long YV12ToYUY2A(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep,
+                                   bool progressive);
+  static unsigned long RGB24ToYV12(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep,
+                                   bool progressive);
+  static unsigned long RGB32ToYV12(unsigned char* const src, unsigned char* dst,
+                                   unsigned long* dstSize, unsigned long width,
+                                   unsigned long height, int srcStep, int dstStep,
+                                   bool progressive);
+  static unsigned long TavoShiftedStraightRGB24ToYV12(unsigned char* const src, unsigned char* dst,
+                                                      unsigned long* dstSize, unsigned long width,
+                                                      unsigned long height, int srcStep,
+                                                      int dstStep, bool progressive);
+  static unsigned long TavoShiftedStraightRGB32ToYV12(unsigned char* const src, unsigned char* dst,
+                                                      unsigned long* dstSize, unsigned long width,
+                                                      unsigned long height, int srcStep,
+                                                      int dstStep, bool progressive);
+
+  // The 4:2:0 converter path: these forward to the colour kernels and answer 3
+  // without storing a size when a picture pointer is null. `converter` may be
+  // null, and a temporary converter is made then.
+  static unsigned long RGB24ToYUV420(unsigned char* const src, unsigned char* dst,
+                                     unsigned long* dstSize, unsigned long width,
+                                     unsigned long height, int srcStep, int dstStep,
+                                     bool progressive, orv::ColorSpaceConverter* converter);
+  static unsigned long RGB32ToYUV420(unsigned char* const src, unsigned char* dst,
+                                     unsigned long* dstSize, unsigned long width,
+                                     unsigned long height, int srcStep, int dstStep,
+                                     bool progressive, orv::ColorSpaceConverter* converter);
+  static unsigned long TavoShiftedStraightRGB24ToYUV420(unsigned char* const src,
+                                                        unsigned char* dst, unsigned long* dstSize,
+                                                        unsigned long width, unsigned long height,
+                                                        int srcStep, int dstStep, bool progressive,
+                                                        orv::ColorSpaceConverter* converter);
+  static unsigned long TavoShiftedStraightRGB32ToYUV420(unsigned char* const src,
+                                                        unsigned char* dst, unsigned long* dstSize,
+                                                        unsigned long width, unsigned long height,
+                                                        int srcStep, int dstStep, bool progressive,
+                                                        orv::ColorSpaceConverter* converter);
+  static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
+                                           unsigned long* dstSize, unsigned long width,
+                                           unsigned long height, int srcStep, int dstStep,
+                                           bool progressive, orv::ColorSpaceConverter* converter);
+
+  // Short forms of conversions that also work on one field (see the private
+  // full forms): these convert the whole frame.
+  static unsigned long YUV420ToRGB24(unsigned char* const src, unsigned char* dst,
+                                     unsigned long* dstSize, unsigned long width,
+                                     unsigned long height, int srcStep, int dstStep,
+                                     bool progressive);
+  static unsigned long YUV420ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
+                                           unsigned long* dstSize, unsigned long width,
+                                           unsigned long height, int srcStep, int dstStep,
+                                           bool progressive);
+  static unsigned long CCIR601YUY2ToYV12(unsigned char* const src, unsigned char* dst,
+                                         unsigned long* dstSize, unsigned long width,
+                                         unsigned long height, int srcStep, int dstStep,
+                                         bool progressive);
+  static unsigned long YUV420ToYV12(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep);
+
+  // ---- Level conversions between BT.601 and BT.709 --------------------------
+  //
+  // Re-express the colours of a picture in place, in integer arithmetic with
+  // 13 fractional bits; results are kept within 1..254. For the YUY2 forms `p0`
+  // is the picture and `p1`, `p2` are not used; for the 4:2:0 forms they are
+  // the Y, Cb and Cr planes, `step` being the Y step and half of it the chroma
+  // step. `step` must be positive and hold a line; anything else (or a null
+  // plane, or a size above 65535) leaves the picture untouched.
+  static void CCIR601YUY2toBT709YUY2(unsigned char* p0, unsigned char* p1, unsigned char* p2,
+                                     unsigned long width, unsigned long height, int step);
+  static void BT709YUY2toCCIR601YUY2(unsigned char* p0, unsigned char* p1, unsigned char* p2,
+                                     unsigned long width, unsigned long height, int step);
+  static void YUV420toBT709YUV420(unsigned char* p0, unsigned char* p1, unsigned char* p2,
+                                  unsigned long width, unsigned long height, int step);
+  static void BT709YUV420toYUV420(unsigned char* p0, unsigned char* p1, unsigned char* p2,
+                                  unsigned long width, unsigned long height, int step);
+
+  // ---- Colour-conversion dispatch ------------------------------------------
+
+  // A BT.709 YUY2 picture into CF_RGB24, CF_RGB32, CF_RGBA or one of the
+  // shifted formats, with the BT.709 matrix of the colour kernels. Unlike the
+  // format-pair family it answers 3 for a capacity below |dstStep| x height.
+  static unsigned long Bt709YUY2ToRGB(unsigned char* const src, unsigned char* dst,
+                                      unsigned long* dstSize, unsigned long width,
+                                      unsigned long height, int srcStep, int dstStep,
+                                      bool progressive, COLOR_FORMAT_TYPE dstFormat);
+  // The same for a BT.709 4:2:0 picture (planes Y, Cb, Cr; `srcStep` the Y step).
+  static unsigned long Bt709YUV420ToRGB(unsigned char* const src, unsigned char* dst,
+                                        unsigned long* dstSize, unsigned long width,
+                                        unsigned long height, int srcStep, int dstStep,
+                                        bool progressive, COLOR_FORMAT_TYPE dstFormat);
+
   // ---- Picture copy, rotate, delta and bitmaps ----------------------------
 
   // Copies a picture to another step. `dstSize` is in and out: the capacity on
@@ -390,6 +660,56 @@ class ORV_API OrvImage {
                               unsigned char color2, unsigned char prevColor, bool& inBand,
                               bool& pastTop, unsigned char** src1, unsigned char** src2,
                               unsigned char** dst1, unsigned char** dst2);
+
+  // The library's own code (and its tests) reach the private conversions
+  // through this door.
+  friend struct orv::image::ConversionAccess;
+
+  // ---- Format-pair conversions (full forms) ---------------------------------
+  // `field` converts only FIELD_TOP or FIELD_BOTTOM (counted from the
+  // display's top) and leaves the other lines as they were; `work` keeps work
+  // planes between frames; `converter` is the instance's colour converter.
+  static unsigned long YUV420ToRGB24(unsigned char* const src, unsigned char* dst,
+                                     unsigned long* dstSize, unsigned long width,
+                                     unsigned long height, int srcStep, int dstStep,
+                                     bool progressive, FIELD_TYPE field);
+  static unsigned long YUV420ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
+                                           unsigned long* dstSize, unsigned long width,
+                                           unsigned long height, int srcStep, int dstStep,
+                                           bool progressive, FIELD_TYPE field,
+                                           orv::ColorSpaceConverter* converter);
+  static unsigned long YUV420ToYV12(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, int srcStep, int dstStep,
+                                    FIELD_TYPE field);
+  static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
+                                           unsigned long* dstSize, unsigned long width,
+                                           unsigned long height, int srcStep, int dstStep,
+                                           bool progressive, FIELD_TYPE field,
+                                           std::vector<OrvMemory*>* work,
+                                           orv::ColorSpaceConverter* converter);
+  static unsigned long CCIR601YUY2ToYV12(unsigned char* const src, unsigned char* dst,
+                                         unsigned long* dstSize, unsigned long width,
+                                         unsigned long height, int srcStep, int dstStep,
+                                         bool progressive, FIELD_TYPE field,
+                                         std::vector<OrvMemory*>* work);
+
+  // ---- Colour-conversion dispatch ------------------------------------------
+  // Runs the one conversion that serves the pair (srcFormat, dstFormat); 3 for
+  // a pair with no route or an unknown format.
+  static unsigned long ColorConvert(unsigned char* const src, unsigned char* dst,
+                                    unsigned long* dstSize, unsigned long width,
+                                    unsigned long height, COLOR_FORMAT_TYPE srcFormat,
+                                    COLOR_FORMAT_TYPE dstFormat, int srcStep, int dstStep,
+                                    bool progressive, FIELD_TYPE field,
+                                    std::vector<OrvMemory*>* work,
+                                    orv::ColorSpaceConverter* converter);
+  // The common body of the conversions into CF_YUV420 from formats 0, 2, 3, 4, 5.
+  static unsigned long ColorConvertToYUV420(COLOR_FORMAT_TYPE srcFormat, unsigned char* const src,
+                                            unsigned char* dst, unsigned long* dstSize,
+                                            unsigned long width, unsigned long height, int srcStep,
+                                            int dstStep, bool progressive,
+                                            orv::ColorSpaceConverter* converter);
 
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;
