@@ -103,6 +103,7 @@ const Kernels& ActiveKernels();
 // *_avx2.cpp files; only present when ORV_X86_SIMD is 1).
 #if ORV_X86_SIMD
 void InstallSse2Kernels(Kernels* k);
+void InstallSsse3Kernels(Kernels* k);
 void InstallAvx2Kernels(Kernels* k);
 #endif
 

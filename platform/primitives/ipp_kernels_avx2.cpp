@@ -1,10 +1,406 @@
-// avx2 forms of the row kernels. Each gives the bytes of its plain twin.
+// AVX2 forms of the colour conversions and of the vertical resize pass. They
+// do the work of the SSSE3 forms on 32 pixels at a time: every 128-bit half
+// of a register holds what one SSSE3 register holds, so the byte shuffles and
+// the unpack/pack pairs stay within their halves. Each gives the bytes of its
+// plain twin.
+#include <immintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/primitives/ipp_color_math.h"
 #include "platform/primitives/ipp_kernels.h"
 
 namespace orv {
 namespace ipp {
+namespace {
 
-void InstallAvx2Kernels(Kernels* k) { (void)k; }
+namespace cm = color;
+
+struct Masks3 {
+  alignas(32) int8_t split[3][3][32];  // [channel][input vector], both halves alike
+  alignas(32) int8_t join[3][3][32];   // [output vector][channel]
+};
+
+Masks3 MakeMasks3() {
+  Masks3 m;
+  for (int c = 0; c < 3; ++c)
+    for (int k = 0; k < 3; ++k)
+      for (int i = 0; i < 32; ++i) {
+        const int src = 3 * (i % 16) + c - 16 * k;
+        m.split[c][k][i] = static_cast<int8_t>(src >= 0 && src < 16 ? src : -128);
+      }
+  for (int k = 0; k < 3; ++k)
+    for (int c = 0; c < 3; ++c)
+      for (int j = 0; j < 32; ++j) {
+        const int byte = 16 * k + j % 16;
+        m.join[k][c][j] = static_cast<int8_t>(byte % 3 == c ? byte / 3 : -128);
+      }
+  return m;
+}
+
+const Masks3& M3() {
+  static const Masks3 m = MakeMasks3();
+  return m;
+}
+
+inline __m256i Ld(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
+inline void St(void* p, __m256i v) { _mm256_storeu_si256(static_cast<__m256i*>(p), v); }
+inline __m256i Mk(const int8_t* m) {
+  return _mm256_load_si256(reinterpret_cast<const __m256i*>(m));
+}
+inline __m128i Ld128(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+
+// 32 pixels of 3 bytes at p: the low half of each result holds pixels 0..15,
+// the high half pixels 16..31.
+inline void Split3(const uint8_t* p, __m256i* c0, __m256i* c1, __m256i* c2) {
+  const Masks3& m = M3();
+  const __m256i a = _mm256_setr_m128i(Ld128(p), Ld128(p + 48));
+  const __m256i b = _mm256_setr_m128i(Ld128(p + 16), Ld128(p + 64));
+  const __m256i c = _mm256_setr_m128i(Ld128(p + 32), Ld128(p + 80));
+  __m256i* out[3] = {c0, c1, c2};
+  for (int ch = 0; ch < 3; ++ch)
+    *out[ch] = _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(a, Mk(m.split[ch][0])),
+                                               _mm256_shuffle_epi8(b, Mk(m.split[ch][1]))),
+                               _mm256_shuffle_epi8(c, Mk(m.split[ch][2])));
+}
+
+inline void Join3(__m256i c0, __m256i c1, __m256i c2, uint8_t* p) {
+  const Masks3& m = M3();
+  __m256i o[3];
+  for (int k = 0; k < 3; ++k)
+    o[k] = _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(c0, Mk(m.join[k][0])),
+                                           _mm256_shuffle_epi8(c1, Mk(m.join[k][1]))),
+                           _mm256_shuffle_epi8(c2, Mk(m.join[k][2])));
+  St(p, _mm256_permute2x128_si256(o[0], o[1], 0x20));
+  St(p + 32, _mm256_permute2x128_si256(o[2], o[0], 0x30));
+  St(p + 64, _mm256_permute2x128_si256(o[1], o[2], 0x31));
+}
+
+inline __m256i Pair(int lo, int hi) {
+  return _mm256_set1_epi32(
+      static_cast<int>((static_cast<uint32_t>(hi) << 16) | (static_cast<uint32_t>(lo) & 0xFFFF)));
+}
+
+inline __m256i Dot3(__m256i a, __m256i b, __m256i c, int ca, int cb, int cc, int add, int shift) {
+  const __m256i one = _mm256_set1_epi16(1);
+  const __m256i pab = Pair(ca, cb), pc = Pair(cc, add);
+  __m256i lo = _mm256_add_epi32(_mm256_madd_epi16(_mm256_unpacklo_epi16(a, b), pab),
+                                _mm256_madd_epi16(_mm256_unpacklo_epi16(c, one), pc));
+  __m256i hi = _mm256_add_epi32(_mm256_madd_epi16(_mm256_unpackhi_epi16(a, b), pab),
+                                _mm256_madd_epi16(_mm256_unpackhi_epi16(c, one), pc));
+  return _mm256_packs_epi32(_mm256_srai_epi32(lo, shift), _mm256_srai_epi32(hi, shift));
+}
+
+inline void Studio16(__m256i y, __m256i u, __m256i v, __m256i* r, __m256i* g, __m256i* b) {
+  y = _mm256_sub_epi16(y, _mm256_set1_epi16(16));
+  u = _mm256_sub_epi16(u, _mm256_set1_epi16(128));
+  v = _mm256_sub_epi16(v, _mm256_set1_epi16(128));
+  *r = Dot3(y, v, u, cm::kStudioY, cm::kStudioRV, 0, cm::kRound, cm::kShift);
+  *g = Dot3(y, u, v, cm::kStudioY, -cm::kStudioGU, -cm::kStudioGV, cm::kRound, cm::kShift);
+  *b = Dot3(y, u, v, cm::kStudioY, cm::kStudioBU, 0, cm::kRound, cm::kShift);
+}
+
+inline void Jpeg16(__m256i y, __m256i u, __m256i v, __m256i* r, __m256i* g, __m256i* b) {
+  u = _mm256_sub_epi16(u, _mm256_set1_epi16(128));
+  v = _mm256_sub_epi16(v, _mm256_set1_epi16(128));
+  const __m256i z = _mm256_setzero_si256();
+  *r = _mm256_add_epi16(y, Dot3(v, u, z, cm::kJpegRV, 0, 0, cm::kRound, cm::kShift));
+  *g = _mm256_add_epi16(y, Dot3(u, v, z, -cm::kJpegGU, -cm::kJpegGV, 0, cm::kRound, cm::kShift));
+  *b = _mm256_add_epi16(y, Dot3(u, v, z, cm::kJpegBU, 0, 0, cm::kRound, cm::kShift));
+}
+
+inline __m256i Lo16(__m256i v) { return _mm256_unpacklo_epi8(v, _mm256_setzero_si256()); }
+inline __m256i Hi16(__m256i v) { return _mm256_unpackhi_epi8(v, _mm256_setzero_si256()); }
+
+inline __m256i StudioY32(__m256i r, __m256i g, __m256i b) {
+  const __m256i off = _mm256_set1_epi16(16);
+  const __m256i lo = _mm256_add_epi16(Dot3(Lo16(r), Lo16(g), Lo16(b), cm::kStudioYR, cm::kStudioYG,
+                                           cm::kStudioYB, cm::kRound, cm::kShift),
+                                      off);
+  const __m256i hi = _mm256_add_epi16(Dot3(Hi16(r), Hi16(g), Hi16(b), cm::kStudioYR, cm::kStudioYG,
+                                           cm::kStudioYB, cm::kRound, cm::kShift),
+                                      off);
+  return _mm256_packus_epi16(lo, hi);
+}
+
+inline __m256i PairSums(__m256i lo, __m256i hi) {
+  const __m256i one = _mm256_set1_epi16(1);
+  return _mm256_packs_epi32(_mm256_madd_epi16(lo, one), _mm256_madd_epi16(hi, one));
+}
+
+// 16 chroma samples (8 per half) from channel sums over 2^n pixels; the bytes
+// land in the low 8 bytes of each half.
+inline void StudioChroma(__m256i rs, __m256i gs, __m256i bs, int n, __m256i* cb, __m256i* cr) {
+  const int s = cm::kShift + n;
+  const __m256i off = _mm256_set1_epi16(128);
+  const __m256i u = _mm256_add_epi16(
+      Dot3(rs, gs, bs, cm::kStudioUR, cm::kStudioUG, cm::kStudioUB, 1 << (s - 1), s), off);
+  const __m256i v = _mm256_add_epi16(
+      Dot3(rs, gs, bs, cm::kStudioVR, cm::kStudioVG, cm::kStudioVB, 1 << (s - 1), s), off);
+  *cb = _mm256_packus_epi16(u, u);
+  *cr = _mm256_packus_epi16(v, v);
+}
+
+// The low 8 bytes of each half, stored as 16 consecutive bytes.
+inline void StoreHalves8(uint8_t* p, __m256i v) {
+  const __m256i q = _mm256_permute4x64_epi64(v, 0x08);  // qwords 0 and 2 to the bottom
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(q));
+}
+
+void Yuv420ToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* bgr, int pairs) {
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    const __m256i yy = Ld(y + 2 * i);
+    const __m256i u = _mm256_cvtepu8_epi16(Ld128(cb + i));
+    const __m256i v = _mm256_cvtepu8_epi16(Ld128(cr + i));
+    __m256i r0, g0, b0, r1, g1, b1;
+    Studio16(Lo16(yy), _mm256_unpacklo_epi16(u, u), _mm256_unpacklo_epi16(v, v), &r0, &g0, &b0);
+    Studio16(Hi16(yy), _mm256_unpackhi_epi16(u, u), _mm256_unpackhi_epi16(v, v), &r1, &g1, &b1);
+    Join3(_mm256_packus_epi16(b0, b1), _mm256_packus_epi16(g0, g1), _mm256_packus_epi16(r0, r1),
+          bgr + 6 * i);
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kSsse3).yuv420ToBgr(y + 2 * i, cb + i, cr + i, bgr + 6 * i, pairs - i);
+}
+
+// 16 pixel pairs of packed 4:2:2: R, G, B of 32 pixels (low half pixels 0..15).
+inline void Yuy2Rgb32(const uint8_t* s, __m256i* r, __m256i* g, __m256i* b) {
+  const __m256i lo8 = _mm256_set1_epi16(0x00FF);
+  const __m256i s0 = _mm256_setr_m128i(Ld128(s), Ld128(s + 32));
+  const __m256i s1 = _mm256_setr_m128i(Ld128(s + 16), Ld128(s + 48));
+  const __m256i c0 = _mm256_srli_epi16(s0, 8), c1 = _mm256_srli_epi16(s1, 8);
+  const __m256i u0 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c0, 0xA0), 0xA0);
+  const __m256i v0 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c0, 0xF5), 0xF5);
+  const __m256i u1 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c1, 0xA0), 0xA0);
+  const __m256i v1 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c1, 0xF5), 0xF5);
+  __m256i r0, g0, b0, r1, g1, b1;
+  Studio16(_mm256_and_si256(s0, lo8), u0, v0, &r0, &g0, &b0);
+  Studio16(_mm256_and_si256(s1, lo8), u1, v1, &r1, &g1, &b1);
+  *r = _mm256_packus_epi16(r0, r1);
+  *g = _mm256_packus_epi16(g0, g1);
+  *b = _mm256_packus_epi16(b0, b1);
+}
+
+// Planes written from 32-pixel registers whose halves are pixels 0..15, 16..31.
+inline void StPlane(uint8_t* p, __m256i v) { St(p, v); }
+
+void Yuy2ToRgb(const uint8_t* s, uint8_t* rgb, int pairs) {
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    __m256i r, g, b;
+    Yuy2Rgb32(s + 4 * i, &r, &g, &b);
+    Join3(r, g, b, rgb + 6 * i);
+  }
+  if (i < pairs) KernelsFor(SimdLevel::kSsse3).yuy2ToRgb(s + 4 * i, rgb + 6 * i, pairs - i);
+}
+
+void Yuy2ToRgbPlanes(const uint8_t* s, uint8_t* r, uint8_t* g, uint8_t* b, int pairs) {
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    __m256i vr, vg, vb;
+    Yuy2Rgb32(s + 4 * i, &vr, &vg, &vb);
+    StPlane(r + 2 * i, vr);
+    StPlane(g + 2 * i, vg);
+    StPlane(b + 2 * i, vb);
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kSsse3)
+        .yuy2ToRgbPlanes(s + 4 * i, r + 2 * i, g + 2 * i, b + 2 * i, pairs - i);
+}
+
+void RgbToYcc420(const uint8_t* p0, const uint8_t* p1, uint8_t* y0, uint8_t* y1, uint8_t* cb,
+                 uint8_t* cr, int pairs) {
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    __m256i r0, g0, b0, r1, g1, b1;
+    Split3(p0 + 6 * i, &r0, &g0, &b0);
+    Split3(p1 + 6 * i, &r1, &g1, &b1);
+    St(y0 + 2 * i, StudioY32(r0, g0, b0));
+    St(y1 + 2 * i, StudioY32(r1, g1, b1));
+    const __m256i rs =
+        PairSums(_mm256_add_epi16(Lo16(r0), Lo16(r1)), _mm256_add_epi16(Hi16(r0), Hi16(r1)));
+    const __m256i gs =
+        PairSums(_mm256_add_epi16(Lo16(g0), Lo16(g1)), _mm256_add_epi16(Hi16(g0), Hi16(g1)));
+    const __m256i bs =
+        PairSums(_mm256_add_epi16(Lo16(b0), Lo16(b1)), _mm256_add_epi16(Hi16(b0), Hi16(b1)));
+    __m256i u, v;
+    StudioChroma(rs, gs, bs, 2, &u, &v);
+    StoreHalves8(cb + i, u);
+    StoreHalves8(cr + i, v);
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kSsse3)
+        .rgbToYcc420(p0 + 6 * i, p1 + 6 * i, y0 + 2 * i, y1 + 2 * i, cb + i, cr + i, pairs - i);
+}
+
+inline void JpegRgb32(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, __m256i* r,
+                      __m256i* g, __m256i* b) {
+  const __m256i vy = Ld(y), vu = Ld(cb), vv = Ld(cr);
+  __m256i r0, g0, b0, r1, g1, b1;
+  Jpeg16(Lo16(vy), Lo16(vu), Lo16(vv), &r0, &g0, &b0);
+  Jpeg16(Hi16(vy), Hi16(vu), Hi16(vv), &r1, &g1, &b1);
+  *r = _mm256_packus_epi16(r0, r1);
+  *g = _mm256_packus_epi16(g0, g1);
+  *b = _mm256_packus_epi16(b0, b1);
+}
+
+void JpegYccToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* bgr, int width) {
+  int x = 0;
+  for (; x + 32 <= width; x += 32) {
+    __m256i r, g, b;
+    JpegRgb32(y + x, cb + x, cr + x, &r, &g, &b);
+    Join3(b, g, r, bgr + 3 * x);
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSsse3).jpegYccToBgr(y + x, cb + x, cr + x, bgr + 3 * x, width - x);
+}
+
+void JpegYccToRgbPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* r,
+                        uint8_t* g, uint8_t* b, int width) {
+  int x = 0;
+  for (; x + 32 <= width; x += 32) {
+    __m256i vr, vg, vb;
+    JpegRgb32(y + x, cb + x, cr + x, &vr, &vg, &vb);
+    St(r + x, vr);
+    St(g + x, vg);
+    St(b + x, vb);
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSsse3)
+        .jpegYccToRgbPlanes(y + x, cb + x, cr + x, r + x, g + x, b + x, width - x);
+}
+
+void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int width) {
+  int x = 0;
+  const __m256i off = _mm256_set1_epi16(128);
+  for (; x + 32 <= width; x += 32) {
+    __m256i b, g, r;
+    Split3(bgr + 3 * x, &b, &g, &r);
+    __m256i out[3][2];
+    for (int h = 0; h < 2; ++h) {
+      const __m256i R = h ? Hi16(r) : Lo16(r), G = h ? Hi16(g) : Lo16(g), B = h ? Hi16(b) : Lo16(b);
+      out[0][h] = Dot3(R, G, B, cm::kJpegYR, cm::kJpegYG, cm::kJpegYB, cm::kRound, cm::kShift);
+      out[1][h] = _mm256_add_epi16(
+          Dot3(R, G, B, cm::kJpegUR, cm::kJpegUG, cm::kJpegUB, cm::kRound, cm::kShift), off);
+      out[2][h] = _mm256_add_epi16(
+          Dot3(R, G, B, cm::kJpegVR, cm::kJpegVG, cm::kJpegVB, cm::kRound, cm::kShift), off);
+    }
+    St(y + x, _mm256_packus_epi16(out[0][0], out[0][1]));
+    St(cb + x, _mm256_packus_epi16(out[1][0], out[1][1]));
+    St(cr + x, _mm256_packus_epi16(out[2][0], out[2][1]));
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSsse3).jpegBgrToYcc(bgr + 3 * x, y + x, cb + x, cr + x, width - x);
+}
+
+void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
+                    int count) {
+  const __m256i rnd = _mm256_set1_epi32(128);
+  int i = 0;
+  for (; i + 16 <= count; i += 16) {
+    __m256i lo = rnd, hi = rnd;
+    int t = 0;
+    for (; t + 2 <= taps; t += 2) {
+      const __m256i w = Pair(coef[t], coef[t + 1]);
+      const __m256i p = _mm256_cvtepu8_epi16(Ld128(rows[t] + i));
+      const __m256i q = _mm256_cvtepu8_epi16(Ld128(rows[t + 1] + i));
+      lo = _mm256_add_epi32(lo, _mm256_madd_epi16(_mm256_unpacklo_epi16(p, q), w));
+      hi = _mm256_add_epi32(hi, _mm256_madd_epi16(_mm256_unpackhi_epi16(p, q), w));
+    }
+    if (t < taps) {
+      const __m256i w = Pair(coef[t], 0);
+      const __m256i p = _mm256_cvtepu8_epi16(Ld128(rows[t] + i)), z = _mm256_setzero_si256();
+      lo = _mm256_add_epi32(lo, _mm256_madd_epi16(_mm256_unpacklo_epi16(p, z), w));
+      hi = _mm256_add_epi32(hi, _mm256_madd_epi16(_mm256_unpackhi_epi16(p, z), w));
+    }
+    // The in-half unpack and pack undo each other: lanes come back in order.
+    St(out + i, _mm256_packs_epi32(_mm256_srai_epi32(lo, 8), _mm256_srai_epi32(hi, 8)));
+  }
+  for (; i < count; ++i) {
+    int sum = 0;
+    for (int t = 0; t < taps; ++t) sum += rows[t][i] * coef[t];
+    out[i] = static_cast<int16_t>((sum + 128) >> 8);
+  }
+}
+
+// (x + 127) / 255 for 0 <= x <= 65025 in unsigned 16-bit lanes.
+inline __m256i Div255u16(__m256i x) {
+  const __m256i t = _mm256_add_epi16(x, _mm256_set1_epi16(128));
+  return _mm256_srli_epi16(_mm256_add_epi16(t, _mm256_srli_epi16(t, 8)), 8);
+}
+
+// (x + 127) / 255 in 32-bit lanes: exact up to 65662 and at least 255 above
+// 65025, so after saturation to 255 it equals min(255, (x + 127) / 255).
+inline __m256i Div255u32(__m256i x) {
+  const __m256i t = _mm256_add_epi32(x, _mm256_set1_epi32(128));
+  return _mm256_srli_epi32(_mm256_add_epi32(t, _mm256_srli_epi32(t, 8)), 8);
+}
+
+void AlphaMix(const uint8_t* a, const uint8_t* b, uint8_t* d, int count, int wa, int wb) {
+  const __m256i w = Pair(wa, wb);
+  int i = 0;
+  for (; i + 32 <= count; i += 32) {
+    const __m256i va = Ld(a + i), vb = Ld(b + i);
+    __m256i r[2];
+    for (int h = 0; h < 2; ++h) {
+      const __m256i x = h ? Hi16(va) : Lo16(va), y = h ? Hi16(vb) : Lo16(vb);
+      const __m256i lo = Div255u32(_mm256_madd_epi16(_mm256_unpacklo_epi16(x, y), w));
+      const __m256i hi = Div255u32(_mm256_madd_epi16(_mm256_unpackhi_epi16(x, y), w));
+      r[h] = _mm256_packs_epi32(lo, hi);
+    }
+    St(d + i, _mm256_packus_epi16(r[0], r[1]));
+  }
+  if (i < count) KernelsFor(SimdLevel::kSse2).alphaMix(a + i, b + i, d + i, count - i, wa, wb);
+}
+
+// "a over b" for four pixels held as 16-bit lanes (two per half).
+inline __m256i Over4(__m256i a, __m256i b) {
+  const __m256i c255 = _mm256_set1_epi16(255);
+  const __m256i wa = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a, 0xFF), 0xFF);
+  const __m256i ab = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(b, 0xFF), 0xFF);
+  const __m256i wb = Div255u16(_mm256_mullo_epi16(_mm256_sub_epi16(c255, wa), ab));
+  const __m256i col =
+      Div255u16(_mm256_add_epi16(_mm256_mullo_epi16(wa, a), _mm256_mullo_epi16(wb, b)));
+  const __m256i alphaLane = _mm256_setr_epi16(0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, -1, 0, 0, 0, -1);
+  return _mm256_blendv_epi8(col, _mm256_add_epi16(wa, wb), alphaLane);
+}
+
+void AlphaOverAC4(const uint8_t* a, const uint8_t* b, uint8_t* d, int width) {
+  int x = 0;
+  for (; x + 8 <= width; x += 8) {
+    const __m256i va = Ld(a + 4 * x), vb = Ld(b + 4 * x);
+    St(d + 4 * x, _mm256_packus_epi16(Over4(Lo16(va), Lo16(vb)), Over4(Hi16(va), Hi16(vb))));
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSse2).alphaOverAC4(a + 4 * x, b + 4 * x, d + 4 * x, width - x);
+}
+
+// Nearest neighbour of 4-byte pixels: one gather of eight pixels, each read whole.
+void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
+  int x = 0;
+  for (; x + 8 <= width; x += 8)
+    St(dst + 4 * x,
+       _mm256_i32gather_epi32(reinterpret_cast<const int*>(src),
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(index + x)), 4));
+  if (x < width) PlainKernels().gatherC4(src, index + x, dst + 4 * x, width - x);
+}
+
+}  // namespace
+
+void InstallAvx2Kernels(Kernels* k) {
+  k->yuv420ToBgr = Yuv420ToBgr;
+  k->yuy2ToRgb = Yuy2ToRgb;
+  k->yuy2ToRgbPlanes = Yuy2ToRgbPlanes;
+  k->rgbToYcc420 = RgbToYcc420;
+  k->jpegYccToBgr = JpegYccToBgr;
+  k->jpegYccToRgbPlanes = JpegYccToRgbPlanes;
+  k->jpegBgrToYcc = JpegBgrToYcc;
+  k->filterVertical = FilterVertical;
+  k->alphaMix = AlphaMix;
+  k->alphaOverAC4 = AlphaOverAC4;
+  k->gatherC4 = GatherC4;
+}
 
 }  // namespace ipp
 }  // namespace orv

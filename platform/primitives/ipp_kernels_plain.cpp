@@ -264,6 +264,7 @@ Kernels MakeForLevel(SimdLevel level) {
   Kernels k = MakePlain();
 #if ORV_X86_SIMD
   if (level >= SimdLevel::kSse2) InstallSse2Kernels(&k);
+  if (level >= SimdLevel::kSsse3) InstallSsse3Kernels(&k);
   if (level >= SimdLevel::kAvx2) InstallAvx2Kernels(&k);
 #else
   (void)level;

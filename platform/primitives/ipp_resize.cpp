@@ -59,7 +59,8 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
                   interpolation, &py);
     if (px.count == 0 || py.count == 0) return ippStsWrongIntersectROI;
     if (interpolation != IPPI_INTER_NN) {
-      line.resize(static_cast<size_t>(x1 - x0) * channels);
+      // Room past the last sample for processor forms that read whole vectors.
+      line.resize(static_cast<size_t>(x1 - x0) * channels + 16);
       rows.resize(static_cast<size_t>(py.taps));
     }
   } catch (const std::bad_alloc&) {

@@ -18,6 +18,9 @@ void CubicWeights(double t, double w[4]) {
   w[3] = 0.5 * (t3 - t2);
 }
 
+inline double lo_d(int v) { return static_cast<double>(v); }
+inline double hi_d(int v) { return static_cast<double>(v); }
+
 }  // namespace
 
 void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre, int regionLo,
@@ -39,76 +42,89 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
   }
   if (first < 0) return;
   const int count = last - first + 1;
-  // Weights per destination pixel, over absolute indices, in double.
-  std::vector<std::vector<std::pair<int, double>>> weights(static_cast<size_t>(count));
+  // Weights per destination pixel over the contiguous clamped index range
+  // [loIdx[i], loIdx[i] + n[i]), in double, kept in one flat array.
+  std::vector<int> loIdx(static_cast<size_t>(count)), n(static_cast<size_t>(count));
+  std::vector<double> flat;
+  flat.reserve(static_cast<size_t>(count) * 4);
+  std::vector<size_t> at(static_cast<size_t>(count));
   int taps = 1;
+  double raw[4];
   for (int i = 0; i < count; ++i) {
     const int d = first + i;
     const double u = origin + (d + 0.5 - dstCentre) / factor;
-    std::vector<std::pair<int, double>>& w = weights[static_cast<size_t>(i)];
-    auto add = [&](int index, double weight) {
-      index = std::min(std::max(index, regionLo), regionHi - 1);
-      for (auto& e : w)
-        if (e.first == index) {
-          e.second += weight;
-          return;
-        }
-      w.emplace_back(index, weight);
-    };
+    int i0, m;  // first raw index and number of raw weights
+    const double* w = raw;
+    std::vector<double> wide;
     if (interpolation == IPPI_INTER_NN) {
-      add(static_cast<int>(std::floor(u)), 1.0);
+      i0 = static_cast<int>(std::floor(u));
+      m = 1;
+      raw[0] = 1.0;
     } else if (interpolation == IPPI_INTER_LINEAR) {
-      const double p = u - 0.5;
-      const double f = std::floor(p);
-      const double t = p - f;
-      add(static_cast<int>(f), 1.0 - t);
-      add(static_cast<int>(f) + 1, t);
+      const double p = u - 0.5, f = std::floor(p), t = p - f;
+      i0 = static_cast<int>(f);
+      m = 2;
+      raw[0] = 1.0 - t;
+      raw[1] = t;
     } else if (interpolation == IPPI_INTER_CUBIC) {
-      const double p = u - 0.5;
-      const double f = std::floor(p);
-      double cw[4];
-      CubicWeights(p - f, cw);
-      for (int j = 0; j < 4; ++j) add(static_cast<int>(f) + j - 1, cw[j]);
-    } else {  // super sampling
+      const double p = u - 0.5, f = std::floor(p);
+      i0 = static_cast<int>(f) - 1;
+      m = 4;
+      CubicWeights(p - f, raw);
+    } else {  // super sampling: the footprint clipped to the region
       const double half = 0.5 / factor;
-      const double a = std::max(u - half, lo), b = std::min(u + half, hi);
+      const double a = std::max(u - half, lo_d(regionLo)), b = std::min(u + half, hi_d(regionHi));
       const double len = b - a;
       if (len <= 0.0) {
-        add(static_cast<int>(std::floor(u)), 1.0);
+        i0 = static_cast<int>(std::floor(u));
+        m = 1;
+        raw[0] = 1.0;
       } else {
-        const int i0 = static_cast<int>(std::floor(a));
-        for (int j = i0; j < b; ++j) {
-          const double overlap = std::min<double>(j + 1, b) - std::max<double>(j, a);
-          if (overlap > 0.0) add(j, overlap / len);
+        i0 = static_cast<int>(std::floor(a));
+        const int i1 = static_cast<int>(std::ceil(b));
+        m = std::max(1, i1 - i0);
+        wide.assign(static_cast<size_t>(m), 0.0);
+        for (int j = 0; j < m; ++j) {
+          const double overlap = std::min<double>(i0 + j + 1, b) - std::max<double>(i0 + j, a);
+          wide[static_cast<size_t>(j)] = overlap > 0.0 ? overlap / len : 0.0;
         }
+        w = wide.data();
       }
     }
-    // Drop weights that vanish (e.g. the far cubic taps at a whole position).
-    w.erase(std::remove_if(w.begin(), w.end(),
-                           [](const std::pair<int, double>& e) { return e.second == 0.0; }),
-            w.end());
-    if (w.empty())
-      w.emplace_back(std::min(std::max(static_cast<int>(std::floor(u)), regionLo), regionHi - 1),
-                     1.0);
-    std::sort(w.begin(), w.end());
-    taps = std::max(taps, w.back().first - w.front().first + 1);
+    // Fold indices outside the region onto its edges and trim vanishing ends.
+    int a = std::min(std::max(i0, regionLo), regionHi - 1);
+    int b = std::min(std::max(i0 + m - 1, regionLo), regionHi - 1);
+    std::vector<double> folded(static_cast<size_t>(b - a + 1), 0.0);
+    for (int j = 0; j < m; ++j) {
+      const int idx = std::min(std::max(i0 + j, regionLo), regionHi - 1);
+      folded[static_cast<size_t>(idx - a)] += w[j];
+    }
+    int f0 = 0, f1 = b - a;
+    while (f0 < f1 && folded[static_cast<size_t>(f0)] == 0.0) ++f0;
+    while (f1 > f0 && folded[static_cast<size_t>(f1)] == 0.0) --f1;
+    loIdx[static_cast<size_t>(i)] = a + f0;
+    n[static_cast<size_t>(i)] = f1 - f0 + 1;
+    at[static_cast<size_t>(i)] = flat.size();
+    flat.insert(flat.end(), folded.begin() + f0, folded.begin() + f1 + 1);
+    taps = std::max(taps, f1 - f0 + 1);
   }
   plan->first = first;
   plan->count = count;
   plan->taps = taps;
   plan->start.resize(static_cast<size_t>(count));
-  plan->coef.assign(static_cast<size_t>(count) * taps, 0);
+  // Extra zeroed room so that processor forms may read a whole vector of weights.
+  plan->coef.assign(static_cast<size_t>(count) * taps + 16, 0);
   for (int i = 0; i < count; ++i) {
-    const std::vector<std::pair<int, double>>& w = weights[static_cast<size_t>(i)];
-    const int s = std::min(w.front().first, regionHi - taps);
-    plan->start[static_cast<size_t>(i)] = s;
-    int16_t* c = &plan->coef[static_cast<size_t>(i) * taps];
-    int sum = 0, big = 0;
-    for (const auto& e : w) {
-      const int q = static_cast<int>(std::lround(e.second * kWeightOne));
-      c[e.first - s] = static_cast<int16_t>(q);
+    const size_t ii = static_cast<size_t>(i);
+    const int s = std::min(loIdx[ii], regionHi - taps);
+    plan->start[ii] = s;
+    int16_t* c = &plan->coef[ii * taps];
+    int sum = 0, big = loIdx[ii] - s;
+    for (int j = 0; j < n[ii]; ++j) {
+      const int q = static_cast<int>(std::lround(flat[at[ii] + j] * kWeightOne));
+      c[loIdx[ii] - s + j] = static_cast<int16_t>(q);
       sum += q;
-      if (std::abs(q) > std::abs(c[big])) big = e.first - s;
+      if (std::abs(q) > std::abs(c[big])) big = loIdx[ii] - s + j;
     }
     c[big] = static_cast<int16_t>(c[big] + (kWeightOne - sum));
   }

@@ -44,6 +44,17 @@ class Picture {
     }
     return true;
   }
+  // Random bytes with the extremes that colour arithmetic must survive mixed in.
+  void Harsh(std::mt19937& rng) {
+    static const uint8_t kEdges[8] = {0, 255, 16, 235, 128, 127, 1, 254};
+    for (int y = 0; y < height_; ++y)
+      for (int x = 0; x < line_; ++x) {
+        const uint32_t r = rng();
+        row(y)[x] = (r & 3) == 0 ? kEdges[(r >> 2) & 7] : static_cast<uint8_t>(r >> 8);
+      }
+  }
+  // Every byte of the buffer, canaries included.
+  const std::vector<uint8_t>& Raw() const { return data_; }
   // Region bytes only, line after line.
   std::vector<uint8_t> Bytes() const {
     std::vector<uint8_t> out;

@@ -1,0 +1,475 @@
+// SSSE3 forms of the row kernels that move or convert 3-channel pixels (the
+// byte shuffle makes 3-byte pixels cheap), and of the colour conversions.
+// Each gives the bytes of its plain twin: the same Q13 sums in 32 bits, the
+// same arithmetic shifts, the same saturation.
+#include <tmmintrin.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "platform/primitives/ipp_color_math.h"
+#include "platform/primitives/ipp_kernels.h"
+
+namespace orv {
+namespace ipp {
+namespace {
+
+namespace cm = color;
+
+// Shuffle masks between 16 pixels of 3 bytes (three vectors) and three planes.
+struct Masks3 {
+  alignas(16) int8_t split[3][3][16];  // [channel][input vector]
+  alignas(16) int8_t join[3][3][16];   // [output vector][channel]
+};
+
+Masks3 MakeMasks3() {
+  Masks3 m;
+  for (int c = 0; c < 3; ++c)
+    for (int k = 0; k < 3; ++k)
+      for (int i = 0; i < 16; ++i) {
+        const int src = 3 * i + c - 16 * k;  // byte of input vector k holding pixel i, channel c
+        m.split[c][k][i] = static_cast<int8_t>(src >= 0 && src < 16 ? src : -128);
+      }
+  for (int k = 0; k < 3; ++k)
+    for (int c = 0; c < 3; ++c)
+      for (int j = 0; j < 16; ++j) {
+        const int byte = 16 * k + j;
+        m.join[k][c][j] = static_cast<int8_t>(byte % 3 == c ? byte / 3 : -128);
+      }
+  return m;
+}
+
+const Masks3& M3() {
+  static const Masks3 m = MakeMasks3();
+  return m;
+}
+
+inline __m128i Ld(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline void St(void* p, __m128i v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+inline __m128i Mk(const int8_t* m) { return _mm_load_si128(reinterpret_cast<const __m128i*>(m)); }
+
+// 16 pixels of 3 bytes at p into three planes c0, c1, c2.
+inline void Split3(const uint8_t* p, __m128i* c0, __m128i* c1, __m128i* c2) {
+  const Masks3& m = M3();
+  const __m128i a = Ld(p), b = Ld(p + 16), c = Ld(p + 32);
+  __m128i* out[3] = {c0, c1, c2};
+  for (int ch = 0; ch < 3; ++ch)
+    *out[ch] = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(a, Mk(m.split[ch][0])),
+                                         _mm_shuffle_epi8(b, Mk(m.split[ch][1]))),
+                            _mm_shuffle_epi8(c, Mk(m.split[ch][2])));
+}
+
+// Three planes into 16 pixels of 3 bytes at p.
+inline void Join3(__m128i c0, __m128i c1, __m128i c2, uint8_t* p) {
+  const Masks3& m = M3();
+  for (int k = 0; k < 3; ++k)
+    St(p + 16 * k, _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(c0, Mk(m.join[k][0])),
+                                             _mm_shuffle_epi8(c1, Mk(m.join[k][1]))),
+                                _mm_shuffle_epi8(c2, Mk(m.join[k][2]))));
+}
+
+inline __m128i Pair(int lo, int hi) {
+  return _mm_set1_epi32(
+      static_cast<int>((static_cast<uint32_t>(hi) << 16) | (static_cast<uint32_t>(lo) & 0xFFFF)));
+}
+
+// (a x ca + b x cb + c x cc + add) >> shift for 8 int16 lanes, as int16.
+inline __m128i Dot3(__m128i a, __m128i b, __m128i c, int ca, int cb, int cc, int add, int shift) {
+  const __m128i one = _mm_set1_epi16(1);
+  const __m128i pab = Pair(ca, cb), pc = Pair(cc, add);
+  const __m128i cl = _mm_unpacklo_epi16(c, one), ch = _mm_unpackhi_epi16(c, one);
+  __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(a, b), pab), _mm_madd_epi16(cl, pc));
+  __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(a, b), pab), _mm_madd_epi16(ch, pc));
+  lo = _mm_srai_epi32(lo, shift);
+  hi = _mm_srai_epi32(hi, shift);
+  return _mm_packs_epi32(lo, hi);
+}
+
+// Studio YCbCr (int16 lanes, chroma per pixel) to R, G, B int16 lanes.
+inline void Studio8(__m128i y, __m128i u, __m128i v, __m128i* r, __m128i* g, __m128i* b) {
+  y = _mm_sub_epi16(y, _mm_set1_epi16(16));
+  u = _mm_sub_epi16(u, _mm_set1_epi16(128));
+  v = _mm_sub_epi16(v, _mm_set1_epi16(128));
+  *r = Dot3(y, v, u, cm::kStudioY, cm::kStudioRV, 0, cm::kRound, cm::kShift);
+  *g = Dot3(y, u, v, cm::kStudioY, -cm::kStudioGU, -cm::kStudioGV, cm::kRound, cm::kShift);
+  *b = Dot3(y, u, v, cm::kStudioY, cm::kStudioBU, 0, cm::kRound, cm::kShift);
+}
+
+// JFIF YCbCr to R, G, B int16 lanes (before saturation).
+inline void Jpeg8(__m128i y, __m128i u, __m128i v, __m128i* r, __m128i* g, __m128i* b) {
+  u = _mm_sub_epi16(u, _mm_set1_epi16(128));
+  v = _mm_sub_epi16(v, _mm_set1_epi16(128));
+  const __m128i z = _mm_setzero_si128();
+  *r = _mm_add_epi16(y, Dot3(v, u, z, cm::kJpegRV, 0, 0, cm::kRound, cm::kShift));
+  *g = _mm_add_epi16(y, Dot3(u, v, z, -cm::kJpegGU, -cm::kJpegGV, 0, cm::kRound, cm::kShift));
+  *b = _mm_add_epi16(y, Dot3(u, v, z, cm::kJpegBU, 0, 0, cm::kRound, cm::kShift));
+}
+
+inline __m128i Lo16(__m128i v) { return _mm_unpacklo_epi8(v, _mm_setzero_si128()); }
+inline __m128i Hi16(__m128i v) { return _mm_unpackhi_epi8(v, _mm_setzero_si128()); }
+
+// Studio Y of 16 pixels given as planes.
+inline __m128i StudioY16(__m128i r, __m128i g, __m128i b) {
+  const __m128i off = _mm_set1_epi16(16);
+  const __m128i lo = _mm_add_epi16(Dot3(Lo16(r), Lo16(g), Lo16(b), cm::kStudioYR, cm::kStudioYG,
+                                        cm::kStudioYB, cm::kRound, cm::kShift),
+                                   off);
+  const __m128i hi = _mm_add_epi16(Dot3(Hi16(r), Hi16(g), Hi16(b), cm::kStudioYR, cm::kStudioYG,
+                                        cm::kStudioYB, cm::kRound, cm::kShift),
+                                   off);
+  return _mm_packus_epi16(lo, hi);
+}
+
+// Sums of neighbouring lane pairs of two int16 vectors (16 lanes -> 8 lanes).
+inline __m128i PairSums(__m128i lo, __m128i hi) {
+  const __m128i one = _mm_set1_epi16(1);
+  return _mm_packs_epi32(_mm_madd_epi16(lo, one), _mm_madd_epi16(hi, one));
+}
+
+// Studio Cb, Cr of 8 samples from channel sums over 2^n pixels; results as bytes in
+// the low 8 lanes.
+inline void StudioChroma8(__m128i rs, __m128i gs, __m128i bs, int n, __m128i* cb, __m128i* cr) {
+  const int s = cm::kShift + n;
+  const __m128i off = _mm_set1_epi16(128);
+  const __m128i u = _mm_add_epi16(
+      Dot3(rs, gs, bs, cm::kStudioUR, cm::kStudioUG, cm::kStudioUB, 1 << (s - 1), s), off);
+  const __m128i v = _mm_add_epi16(
+      Dot3(rs, gs, bs, cm::kStudioVR, cm::kStudioVG, cm::kStudioVB, 1 << (s - 1), s), off);
+  *cb = _mm_packus_epi16(u, u);
+  *cr = _mm_packus_epi16(v, v);
+}
+
+void Yuv420ToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* bgr, int pairs) {
+  int i = 0;
+  for (; i + 8 <= pairs; i += 8) {
+    const __m128i yy = Ld(y + 2 * i);
+    const __m128i u = Lo16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + i)));
+    const __m128i v = Lo16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + i)));
+    __m128i r0, g0, b0, r1, g1, b1;
+    Studio8(Lo16(yy), _mm_unpacklo_epi16(u, u), _mm_unpacklo_epi16(v, v), &r0, &g0, &b0);
+    Studio8(Hi16(yy), _mm_unpackhi_epi16(u, u), _mm_unpackhi_epi16(v, v), &r1, &g1, &b1);
+    Join3(_mm_packus_epi16(b0, b1), _mm_packus_epi16(g0, g1), _mm_packus_epi16(r0, r1),
+          bgr + 6 * i);
+  }
+  if (i < pairs) PlainKernels().yuv420ToBgr(y + 2 * i, cb + i, cr + i, bgr + 6 * i, pairs - i);
+}
+
+// 8 pixel pairs of packed 4:2:2 to 16 R, G, B bytes.
+inline void Yuy2Rgb16(const uint8_t* s, __m128i* r, __m128i* g, __m128i* b) {
+  const __m128i lo8 = _mm_set1_epi16(0x00FF);
+  const __m128i s0 = Ld(s), s1 = Ld(s + 16);
+  const __m128i c0 = _mm_srli_epi16(s0, 8), c1 = _mm_srli_epi16(s1, 8);
+  // c: cb0 cr0 cb1 cr1 ...; per pixel: cb0 cb0 cb1 cb1 / cr0 cr0 cr1 cr1
+  const __m128i u0 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c0, 0xA0), 0xA0);
+  const __m128i v0 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c0, 0xF5), 0xF5);
+  const __m128i u1 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c1, 0xA0), 0xA0);
+  const __m128i v1 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c1, 0xF5), 0xF5);
+  __m128i r0, g0, b0, r1, g1, b1;
+  Studio8(_mm_and_si128(s0, lo8), u0, v0, &r0, &g0, &b0);
+  Studio8(_mm_and_si128(s1, lo8), u1, v1, &r1, &g1, &b1);
+  *r = _mm_packus_epi16(r0, r1);
+  *g = _mm_packus_epi16(g0, g1);
+  *b = _mm_packus_epi16(b0, b1);
+}
+
+void Yuy2ToRgb(const uint8_t* s, uint8_t* rgb, int pairs) {
+  int i = 0;
+  for (; i + 8 <= pairs; i += 8) {
+    __m128i r, g, b;
+    Yuy2Rgb16(s + 4 * i, &r, &g, &b);
+    Join3(r, g, b, rgb + 6 * i);
+  }
+  if (i < pairs) PlainKernels().yuy2ToRgb(s + 4 * i, rgb + 6 * i, pairs - i);
+}
+
+void Yuy2ToRgbPlanes(const uint8_t* s, uint8_t* r, uint8_t* g, uint8_t* b, int pairs) {
+  int i = 0;
+  for (; i + 8 <= pairs; i += 8) {
+    __m128i vr, vg, vb;
+    Yuy2Rgb16(s + 4 * i, &vr, &vg, &vb);
+    St(r + 2 * i, vr);
+    St(g + 2 * i, vg);
+    St(b + 2 * i, vb);
+  }
+  if (i < pairs)
+    PlainKernels().yuy2ToRgbPlanes(s + 4 * i, r + 2 * i, g + 2 * i, b + 2 * i, pairs - i);
+}
+
+void RgbToYcc420(const uint8_t* p0, const uint8_t* p1, uint8_t* y0, uint8_t* y1, uint8_t* cb,
+                 uint8_t* cr, int pairs) {
+  int i = 0;
+  for (; i + 8 <= pairs; i += 8) {
+    __m128i r0, g0, b0, r1, g1, b1;
+    Split3(p0 + 6 * i, &r0, &g0, &b0);
+    Split3(p1 + 6 * i, &r1, &g1, &b1);
+    St(y0 + 2 * i, StudioY16(r0, g0, b0));
+    St(y1 + 2 * i, StudioY16(r1, g1, b1));
+    const __m128i rs =
+        PairSums(_mm_add_epi16(Lo16(r0), Lo16(r1)), _mm_add_epi16(Hi16(r0), Hi16(r1)));
+    const __m128i gs =
+        PairSums(_mm_add_epi16(Lo16(g0), Lo16(g1)), _mm_add_epi16(Hi16(g0), Hi16(g1)));
+    const __m128i bs =
+        PairSums(_mm_add_epi16(Lo16(b0), Lo16(b1)), _mm_add_epi16(Hi16(b0), Hi16(b1)));
+    __m128i u, v;
+    StudioChroma8(rs, gs, bs, 2, &u, &v);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(cb + i), u);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(cr + i), v);
+  }
+  if (i < pairs)
+    PlainKernels().rgbToYcc420(p0 + 6 * i, p1 + 6 * i, y0 + 2 * i, y1 + 2 * i, cb + i, cr + i,
+                               pairs - i);
+}
+
+void RgbPlanesToYuy2(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* d, int pairs) {
+  int i = 0;
+  for (; i + 8 <= pairs; i += 8) {
+    const __m128i vr = Ld(r + 2 * i), vg = Ld(g + 2 * i), vb = Ld(b + 2 * i);
+    const __m128i y = StudioY16(vr, vg, vb);
+    __m128i u, v;
+    StudioChroma8(PairSums(Lo16(vr), Hi16(vr)), PairSums(Lo16(vg), Hi16(vg)),
+                  PairSums(Lo16(vb), Hi16(vb)), 1, &u, &v);
+    const __m128i uv = _mm_unpacklo_epi8(u, v);
+    St(d + 4 * i, _mm_unpacklo_epi8(y, uv));
+    St(d + 4 * i + 16, _mm_unpackhi_epi8(y, uv));
+  }
+  if (i < pairs)
+    PlainKernels().rgbPlanesToYuy2(r + 2 * i, g + 2 * i, b + 2 * i, d + 4 * i, pairs - i);
+}
+
+inline void Jpeg16(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, __m128i* r, __m128i* g,
+                   __m128i* b) {
+  const __m128i vy = Ld(y), vu = Ld(cb), vv = Ld(cr);
+  __m128i r0, g0, b0, r1, g1, b1;
+  Jpeg8(Lo16(vy), Lo16(vu), Lo16(vv), &r0, &g0, &b0);
+  Jpeg8(Hi16(vy), Hi16(vu), Hi16(vv), &r1, &g1, &b1);
+  *r = _mm_packus_epi16(r0, r1);
+  *g = _mm_packus_epi16(g0, g1);
+  *b = _mm_packus_epi16(b0, b1);
+}
+
+void JpegYccToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* bgr, int width) {
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    __m128i r, g, b;
+    Jpeg16(y + x, cb + x, cr + x, &r, &g, &b);
+    Join3(b, g, r, bgr + 3 * x);
+  }
+  if (x < width) PlainKernels().jpegYccToBgr(y + x, cb + x, cr + x, bgr + 3 * x, width - x);
+}
+
+void JpegYccToRgbPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* r,
+                        uint8_t* g, uint8_t* b, int width) {
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    __m128i vr, vg, vb;
+    Jpeg16(y + x, cb + x, cr + x, &vr, &vg, &vb);
+    St(r + x, vr);
+    St(g + x, vg);
+    St(b + x, vb);
+  }
+  if (x < width)
+    PlainKernels().jpegYccToRgbPlanes(y + x, cb + x, cr + x, r + x, g + x, b + x, width - x);
+}
+
+void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int width) {
+  int x = 0;
+  const __m128i off = _mm_set1_epi16(128);
+  for (; x + 16 <= width; x += 16) {
+    __m128i b, g, r;
+    Split3(bgr + 3 * x, &b, &g, &r);
+    __m128i out[3][2];
+    for (int h = 0; h < 2; ++h) {
+      const __m128i R = h ? Hi16(r) : Lo16(r), G = h ? Hi16(g) : Lo16(g), B = h ? Hi16(b) : Lo16(b);
+      out[0][h] = Dot3(R, G, B, cm::kJpegYR, cm::kJpegYG, cm::kJpegYB, cm::kRound, cm::kShift);
+      out[1][h] = _mm_add_epi16(
+          Dot3(R, G, B, cm::kJpegUR, cm::kJpegUG, cm::kJpegUB, cm::kRound, cm::kShift), off);
+      out[2][h] = _mm_add_epi16(
+          Dot3(R, G, B, cm::kJpegVR, cm::kJpegVG, cm::kJpegVB, cm::kRound, cm::kShift), off);
+    }
+    St(y + x, _mm_packus_epi16(out[0][0], out[0][1]));
+    St(cb + x, _mm_packus_epi16(out[1][0], out[1][1]));
+    St(cr + x, _mm_packus_epi16(out[2][0], out[2][1]));
+  }
+  if (x < width) PlainKernels().jpegBgrToYcc(bgr + 3 * x, y + x, cb + x, cr + x, width - x);
+}
+
+void CopyC3AC4(const uint8_t* s, uint8_t* d, int width) {
+  // 4 pixels a step: 12 source bytes spread to 16, the fourth bytes kept.
+  const __m128i spread =
+      _mm_setr_epi8(0, 1, 2, -128, 3, 4, 5, -128, 6, 7, 8, -128, 9, 10, 11, -128);
+  const __m128i keep = _mm_set1_epi32(static_cast<int>(0xFF000000u));
+  int x = 0;
+  // A 16-byte load reads 4 bytes past the 12 it uses: keep one more pixel.
+  for (; x + 6 <= width; x += 4) {
+    const __m128i v = _mm_shuffle_epi8(Ld(s + 3 * x), spread);
+    St(d + 4 * x, _mm_or_si128(_mm_and_si128(Ld(d + 4 * x), keep), v));
+  }
+  if (x < width) PlainKernels().copyC3AC4(s + 3 * x, d + 4 * x, width - x);
+}
+
+void CopyAC4C3(const uint8_t* s, uint8_t* d, int width) {
+  const __m128i pack =
+      _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128);
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    const __m128i a = _mm_shuffle_epi8(Ld(s + 4 * x), pack);
+    const __m128i b = _mm_shuffle_epi8(Ld(s + 4 * x + 16), pack);
+    const __m128i c = _mm_shuffle_epi8(Ld(s + 4 * x + 32), pack);
+    const __m128i e = _mm_shuffle_epi8(Ld(s + 4 * x + 48), pack);
+    St(d + 3 * x, _mm_or_si128(a, _mm_slli_si128(b, 12)));
+    St(d + 3 * x + 16, _mm_or_si128(_mm_srli_si128(b, 4), _mm_slli_si128(c, 8)));
+    St(d + 3 * x + 32, _mm_or_si128(_mm_srli_si128(c, 8), _mm_slli_si128(e, 4)));
+  }
+  if (x < width) PlainKernels().copyAC4C3(s + 4 * x, d + 3 * x, width - x);
+}
+
+void CopyC3P3(const uint8_t* s, uint8_t* d0, uint8_t* d1, uint8_t* d2, int width) {
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    __m128i a, b, c;
+    Split3(s + 3 * x, &a, &b, &c);
+    St(d0 + x, a);
+    St(d1 + x, b);
+    St(d2 + x, c);
+  }
+  if (x < width) PlainKernels().copyC3P3(s + 3 * x, d0 + x, d1 + x, d2 + x, width - x);
+}
+
+void ReverseC1(const uint8_t* s, uint8_t* d, int width) {
+  const __m128i rev = _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+  int x = 0;
+  for (; x + 16 <= width; x += 16) St(d + x, _mm_shuffle_epi8(Ld(s + width - x - 16), rev));
+  if (x < width) PlainKernels().reverseC1(s, d + x, width - x);
+}
+
+void ReverseC3(const uint8_t* s, uint8_t* d, int width) {
+  const __m128i rev = _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    __m128i a, b, c;
+    Split3(s + 3 * (width - x - 16), &a, &b, &c);
+    Join3(_mm_shuffle_epi8(a, rev), _mm_shuffle_epi8(b, rev), _mm_shuffle_epi8(c, rev), d + 3 * x);
+  }
+  if (x < width) PlainKernels().reverseC3(s, d + 3 * x, width - x);
+}
+
+void SwapC3(const uint8_t* s, uint8_t* d, int width, const int order[3]) {
+  alignas(16) int8_t mask[16];
+  for (int i = 0; i < 15; ++i) mask[i] = static_cast<int8_t>((i / 3) * 3 + order[i % 3]);
+  // 5 whole pixels (15 bytes) per 16-byte vector; byte 15 is rewritten with itself.
+  mask[15] = 15;
+  const __m128i m = Mk(mask);
+  int x = 0;
+  for (; x + 6 <= width; x += 5) St(d + 3 * x, _mm_shuffle_epi8(Ld(s + 3 * x), m));
+  if (x < width) PlainKernels().swapC3(s + 3 * x, d + 3 * x, width - x, order);
+}
+
+// Horizontal resize pass. Weight groups of `taps` (at most 8 for the one-channel
+// form) are read as whole vectors and masked; the plan keeps zeroed room past
+// its last group and the line keeps room past its last sample.
+inline __m128i Round20(__m128i acc) {
+  return _mm_srai_epi32(_mm_add_epi32(acc, _mm_set1_epi32(1 << 19)), 20);
+}
+
+void FilterHorizontalC1(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  if (taps > 8) {
+    PlainKernels().filterHorizontalC1(src, start, coef, taps, dst, width);
+    return;
+  }
+  alignas(16) int16_t m[8];
+  for (int i = 0; i < 8; ++i) m[i] = static_cast<int16_t>(i < taps ? -1 : 0);
+  const __m128i mask = _mm_load_si128(reinterpret_cast<const __m128i*>(m));
+  int x = 0;
+  for (; x + 4 <= width; x += 4) {
+    __m128i p[4];
+    for (int j = 0; j < 4; ++j)
+      p[j] = _mm_madd_epi16(_mm_and_si128(Ld(coef + static_cast<ptrdiff_t>(x + j) * taps), mask),
+                            Ld(src + start[x + j]));
+    const __m128i h = _mm_hadd_epi32(_mm_hadd_epi32(p[0], p[1]), _mm_hadd_epi32(p[2], p[3]));
+    const __m128i r = Round20(h);
+    const __m128i b = _mm_packus_epi16(_mm_packs_epi32(r, r), _mm_setzero_si128());
+    const int v = _mm_cvtsi128_si32(b);
+    std::memcpy(dst + x, &v, 4);
+  }
+  if (x < width)
+    PlainKernels().filterHorizontalC1(src, start + x, coef + static_cast<ptrdiff_t>(x) * taps, taps,
+                                      dst + x, width - x);
+}
+
+inline __m128i PairW(const int16_t* c, int t, int taps) {
+  return Pair(c[t], t + 1 < taps ? c[t + 1] : 0);
+}
+
+void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  const __m128i z = _mm_setzero_si128();
+  for (int x = 0; x < width; ++x, coef += taps) {
+    const int16_t* s = src + static_cast<ptrdiff_t>(start[x]) * 4;
+    __m128i acc = z;
+    int t = 0;
+    for (; t + 2 <= taps; t += 2) {
+      const __m128i v = Ld(s + 4 * t);
+      acc = _mm_add_epi32(
+          acc, _mm_madd_epi16(_mm_unpacklo_epi16(v, _mm_srli_si128(v, 8)), PairW(coef, t, taps)));
+    }
+    if (t < taps) {
+      const __m128i v = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + 4 * t));
+      acc = _mm_add_epi32(acc, _mm_madd_epi16(_mm_unpacklo_epi16(v, z), PairW(coef, t, taps)));
+    }
+    const __m128i r = Round20(acc);
+    const int v = _mm_cvtsi128_si32(_mm_packus_epi16(_mm_packs_epi32(r, r), z));
+    std::memcpy(dst + 4 * x, &v, 4);
+  }
+}
+
+void FilterHorizontalC3(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  const __m128i z = _mm_setzero_si128();
+  const __m128i two = _mm_setr_epi8(0, 1, 6, 7, 2, 3, 8, 9, 4, 5, 10, 11, -128, -128, -128, -128);
+  const __m128i one =
+      _mm_setr_epi8(0, 1, -128, -128, 2, 3, -128, -128, 4, 5, -128, -128, -128, -128, -128, -128);
+  for (int x = 0; x < width; ++x, coef += taps) {
+    const int16_t* s = src + static_cast<ptrdiff_t>(start[x]) * 3;
+    __m128i acc = z;
+    int t = 0;
+    for (; t + 2 <= taps; t += 2)
+      acc = _mm_add_epi32(
+          acc, _mm_madd_epi16(_mm_shuffle_epi8(Ld(s + 3 * t), two), PairW(coef, t, taps)));
+    if (t < taps)
+      acc = _mm_add_epi32(
+          acc,
+          _mm_madd_epi16(
+              _mm_shuffle_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(s + 3 * t)), one),
+              PairW(coef, t, taps)));
+    const __m128i r = Round20(acc);
+    const int v = _mm_cvtsi128_si32(_mm_packus_epi16(_mm_packs_epi32(r, r), z));
+    std::memcpy(dst + 3 * x, &v, 3);
+  }
+}
+
+}  // namespace
+
+void InstallSsse3Kernels(Kernels* k) {
+  k->yuv420ToBgr = Yuv420ToBgr;
+  k->yuy2ToRgb = Yuy2ToRgb;
+  k->yuy2ToRgbPlanes = Yuy2ToRgbPlanes;
+  k->rgbToYcc420 = RgbToYcc420;
+  k->rgbPlanesToYuy2 = RgbPlanesToYuy2;
+  k->jpegYccToBgr = JpegYccToBgr;
+  k->jpegYccToRgbPlanes = JpegYccToRgbPlanes;
+  k->jpegBgrToYcc = JpegBgrToYcc;
+  k->copyC3AC4 = CopyC3AC4;
+  k->copyAC4C3 = CopyAC4C3;
+  k->copyC3P3 = CopyC3P3;
+  k->reverseC1 = ReverseC1;
+  k->reverseC3 = ReverseC3;
+  k->swapC3 = SwapC3;
+  k->filterHorizontalC1 = FilterHorizontalC1;
+  k->filterHorizontalC3 = FilterHorizontalC3;
+  k->filterHorizontalC4 = FilterHorizontalC4;
+}
+
+}  // namespace ipp
+}  // namespace orv
