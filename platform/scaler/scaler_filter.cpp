@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace orv {
 namespace vrscl {
@@ -27,30 +28,32 @@ void DesignPhase(double centre, double stretch, int srcSize, Phase* phase) {
   const double radius = 2.0 * stretch;
   const int lo = static_cast<int>(std::floor(centre - radius)) + 1;
   const int hi = static_cast<int>(std::ceil(centre + radius)) - 1;
+  auto clampIndex = [srcSize](int j) { return std::min(std::max(j, 0), srcSize - 1); };
+  // Weights over the clamped span, folded onto the edge samples; the span is
+  // then trimmed to its outermost non-zero weights.
+  const int spanFirst = clampIndex(lo);
+  std::vector<double> w(static_cast<size_t>(clampIndex(hi) - spanFirst + 1), 0.0);
   int first = srcSize;
   int last = -1;
-  std::vector<double>& w = phase->weights;
-  w.assign(static_cast<size_t>(srcSize), 0.0);
   double sum = 0.0;
   for (int j = lo; j <= hi; ++j) {
     const double k = CubicKernel((j - centre) / stretch);
     if (k == 0.0) continue;
-    const int idx = std::min(std::max(j, 0), srcSize - 1);
-    w[static_cast<size_t>(idx)] += k;
+    const int idx = clampIndex(j);
+    w[static_cast<size_t>(idx - spanFirst)] += k;
     sum += k;
     first = std::min(first, idx);
     last = std::max(last, idx);
   }
   if (last < 0 || sum == 0.0) {  // cannot happen for a cubic, kept for safety
-    const int idx = std::min(std::max(static_cast<int>(std::lround(centre)), 0), srcSize - 1);
-    first = last = idx;
-    w[static_cast<size_t>(idx)] = 1.0;
-    sum = 1.0;
+    const int idx = clampIndex(static_cast<int>(std::lround(centre)));
+    phase->first = idx;
+    phase->weights.assign(1, 1.0);
+    return;
   }
-  std::vector<double> kept(w.begin() + first, w.begin() + last + 1);
-  for (double& v : kept) v /= sum;
   phase->first = first;
-  phase->weights.swap(kept);
+  phase->weights.assign(w.begin() + (first - spanFirst), w.begin() + (last - spanFirst) + 1);
+  for (double& v : phase->weights) v /= sum;
 }
 
 }  // namespace
@@ -92,6 +95,23 @@ void BuildAxisTable(int srcSize, int dstSize, int lumaSrc, int lumaDst, int alig
     }
     c[largest] = static_cast<int16_t>(c[largest] + (kCoefOne - total));
   }
+  table->paired.clear();
+  if (align == kTapAlign) table->paired = PairCoefs(table->coefs.data(), dstSize, stride);
+}
+
+std::vector<int16_t> PairCoefs(const int16_t* coefs, int width, int stride) {
+  const int blocks = width / 8;
+  const int chunks = stride / 8;
+  std::vector<int16_t> out(static_cast<size_t>(blocks) * 8 * stride);
+  int16_t* o = out.data();
+  for (int b = 0; b < blocks; ++b)
+    for (int k = 0; k < chunks; ++k)
+      for (int j = 0; j < 4; ++j)
+        for (int h = 0; h < 2; ++h) {
+          const int16_t* c = coefs + static_cast<ptrdiff_t>(8 * b + j + 4 * h) * stride + 8 * k;
+          for (int t = 0; t < 8; ++t) *o++ = c[t];
+        }
+  return out;
 }
 
 }  // namespace vrscl

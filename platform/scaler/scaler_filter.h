@@ -35,7 +35,17 @@ struct AxisTable {
   bool identity = false;  // srcSize == dstSize: one tap of kCoefOne at i
   std::vector<int32_t> start;
   std::vector<int16_t> coefs;
+  // The same coefficients regrouped for the wide horizontal forms (see
+  // PairCoefs); empty for vertical tables.
+  std::vector<int16_t> paired;
 };
+
+// Regroups horizontal coefficients (stride a multiple of 8) for the wide
+// forms: for each whole block of 8 destination samples b and each group of 8
+// taps k, four 16-coefficient rows j = 0..3 hold taps 8k..8k+7 of sample
+// 8b + j followed by those of sample 8b + j + 4, so that one 256-bit load
+// feeds two samples. Samples past the last whole block are not included.
+std::vector<int16_t> PairCoefs(const int16_t* coefs, int width, int stride);
 
 // Designs the table for a plane axis of srcSize -> dstSize samples whose luma
 // axis goes lumaSrc -> lumaDst (equal to srcSize, dstSize for luma). `align`

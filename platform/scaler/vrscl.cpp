@@ -1,5 +1,6 @@
 #include "platform/scaler/vrscl.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -11,19 +12,32 @@ namespace orv {
 namespace vrscl {
 namespace {
 
-// The tables of one plane.
+// The tables of one plane, and the order of its two passes.
 struct PlaneTables {
   AxisTable horizontal;
   AxisTable vertical;
+  // Horizontal pass first, on each source line once, into a ring of filtered
+  // lines that the vertical pass reads; chosen where it does less work
+  // (mostly enlargements). Otherwise the vertical pass runs first, once per
+  // destination line, into the work line.
+  bool horizontalFirst = false;
   bool Identity() const { return horizontal.identity && vertical.identity; }
 };
+
+// The ring of the horizontal-first order may take at most this many bytes;
+// above it the vertical-first order is used whatever the cost.
+constexpr double kMaxRingBytes = 16.0 * 1024 * 1024;
 
 struct Instance {
   Kernels kernels;
   bool ready = false;
   PlaneTables luma;
   PlaneTables chroma;
-  std::vector<int16_t> work;  // one vertical-pass line at source width, padded
+  std::vector<int16_t> work;         // vertical-first: one line at source width, padded
+  std::vector<uint8_t> line;         // horizontal-first: a source line, padded with zeros
+  std::vector<int16_t> ring;         // horizontal-first: filtered lines, one per vertical tap
+  std::vector<int> ringRow;          // the source line each ring slot holds, -1 for none
+  std::vector<const int16_t*> rows;  // the ring lines of one destination line
 };
 
 bool IsSideValid(int side) { return side >= kVrsclMinSide && side <= kVrsclMaxSide; }
@@ -32,10 +46,46 @@ void BuildPlane(int srcW, int srcH, int dstW, int dstH, int lumaSrcW, int lumaSr
                 int lumaDstH, PlaneTables* plane) {
   BuildAxisTable(srcW, dstW, lumaSrcW, lumaDstW, kTapAlign, &plane->horizontal);
   BuildAxisTable(srcH, dstH, lumaSrcH, lumaDstH, 1, &plane->vertical);
+  // Work estimates in vector operations: a vertical tap on one column costs
+  // about 1, a horizontal group of 8 taps for one sample about 20.
+  const AxisTable& h = plane->horizontal;
+  const AxisTable& v = plane->vertical;
+  const double groups = h.stride / 8.0;
+  const double verticalFirst =
+      static_cast<double>(srcW) * dstH * v.taps + 20.0 * dstW * dstH * groups;
+  const double horizontalFirst =
+      20.0 * dstW * srcH * groups + static_cast<double>(dstW) * dstH * v.taps;
+  plane->horizontalFirst =
+      !h.identity && horizontalFirst < verticalFirst && 2.0 * v.taps * dstW <= kMaxRingBytes;
 }
 
-void ScalePlane(const Instance& in, const PlaneTables& t, uint8_t* dst, ptrdiff_t dstStep,
-                const uint8_t* src, ptrdiff_t srcStep, int16_t* work) {
+void ScaleHorizontalFirst(Instance* in, const PlaneTables& t, uint8_t* dst, ptrdiff_t dstStep,
+                          const uint8_t* src, ptrdiff_t srcStep) {
+  const AxisTable& h = t.horizontal;
+  const AxisTable& v = t.vertical;
+  const int taps = v.taps;
+  std::fill(in->ringRow.begin(), in->ringRow.begin() + taps, -1);
+  for (int y = 0; y < v.dstSize; ++y) {
+    const int first = v.start[static_cast<size_t>(y)];
+    for (int k = 0; k < taps; ++k) {
+      const int row = first + k;
+      const int slot = row % taps;
+      int16_t* filtered = in->ring.data() + static_cast<ptrdiff_t>(slot) * h.dstSize;
+      if (in->ringRow[static_cast<size_t>(slot)] != row) {
+        std::memcpy(in->line.data(), src + row * srcStep, static_cast<size_t>(h.srcSize));
+        in->kernels.horizontalBytes(in->line.data(), filtered, h.dstSize, h.start.data(),
+                                    h.coefs.data(), h.paired.data(), h.stride);
+        in->ringRow[static_cast<size_t>(slot)] = row;
+      }
+      in->rows[static_cast<size_t>(k)] = filtered;
+    }
+    in->kernels.verticalWords(in->rows.data(), taps, &v.coefs[static_cast<size_t>(y) * v.stride],
+                              dst + y * dstStep, h.dstSize);
+  }
+}
+
+void ScalePlane(Instance* instance, const PlaneTables& t, uint8_t* dst, ptrdiff_t dstStep,
+                const uint8_t* src, ptrdiff_t srcStep) {
   const AxisTable& h = t.horizontal;
   const AxisTable& v = t.vertical;
   if (t.Identity()) {
@@ -44,6 +94,12 @@ void ScalePlane(const Instance& in, const PlaneTables& t, uint8_t* dst, ptrdiff_
     }
     return;
   }
+  if (t.horizontalFirst) {
+    ScaleHorizontalFirst(instance, t, dst, dstStep, src, srcStep);
+    return;
+  }
+  const Instance& in = *instance;
+  int16_t* work = instance->work.data();
   for (int y = 0; y < v.dstSize; ++y) {
     const uint8_t* rows = src + v.start[static_cast<size_t>(y)] * srcStep;
     in.kernels.vertical(rows, srcStep, v.taps, &v.coefs[static_cast<size_t>(y) * v.stride], work,
@@ -52,7 +108,8 @@ void ScalePlane(const Instance& in, const PlaneTables& t, uint8_t* dst, ptrdiff_
     if (h.identity) {
       in.kernels.narrow(work, out, h.dstSize);
     } else {
-      in.kernels.horizontal(work, out, h.dstSize, h.start.data(), h.coefs.data(), h.stride);
+      in.kernels.horizontal(work, out, h.dstSize, h.start.data(), h.coefs.data(), h.paired.data(),
+                            h.stride);
     }
   }
 }
@@ -94,10 +151,22 @@ int VRSCLSetupConverter(VRSCLHandle handle, int srcWidth, int srcHeight, int src
     vrscl::BuildPlane(srcWidth / 2, srcHeight / 2, dstWidth / 2, dstHeight / 2, srcWidth, srcHeight,
                       dstWidth, dstHeight, &in->chroma);
     in->work.assign(static_cast<size_t>(srcWidth) + vrscl::kWorkPad, 0);
+    in->line.assign(static_cast<size_t>(srcWidth) + vrscl::kWorkPad, 0);
+    size_t ring = 0, taps = 0;
+    for (const vrscl::PlaneTables* p : {&in->luma, &in->chroma}) {
+      if (!p->horizontalFirst) continue;
+      ring = std::max(ring, static_cast<size_t>(p->vertical.taps) * p->horizontal.dstSize);
+      taps = std::max(taps, static_cast<size_t>(p->vertical.taps));
+    }
+    in->ring.assign(ring, 0);
+    in->ringRow.assign(taps, -1);
+    in->rows.assign(taps, nullptr);
   } catch (const std::bad_alloc&) {
     in->luma = vrscl::PlaneTables();
     in->chroma = vrscl::PlaneTables();
     in->work.clear();
+    in->line.clear();
+    in->ring.clear();
     return kVrsclNoMemory;
   }
   in->ready = true;
@@ -109,7 +178,7 @@ int VRSCLConvert(VRSCLHandle handle, unsigned char* dstY, unsigned char* dstCb,
                  const unsigned char* srcCb, const unsigned char* srcCr, int srcYStep,
                  int srcCStep) {
   if (handle == nullptr) return kVrsclNullHandle;
-  const vrscl::Instance* in = static_cast<const vrscl::Instance*>(handle);
+  vrscl::Instance* in = static_cast<vrscl::Instance*>(handle);
   if (!in->ready) return kVrsclNotSetUp;
   if (dstY == nullptr || dstCb == nullptr || dstCr == nullptr || srcY == nullptr ||
       srcCb == nullptr || srcCr == nullptr) {
@@ -119,11 +188,10 @@ int VRSCLConvert(VRSCLHandle handle, unsigned char* dstY, unsigned char* dstCb,
       dstYStep < in->luma.horizontal.dstSize || dstCStep < in->chroma.horizontal.dstSize) {
     return kVrsclBadStep;
   }
-  // The work line is the instance's own scratch; an instance serves one thread at a time.
-  int16_t* work = const_cast<int16_t*>(in->work.data());
-  vrscl::ScalePlane(*in, in->luma, dstY, dstYStep, srcY, srcYStep, work);
-  vrscl::ScalePlane(*in, in->chroma, dstCb, dstCStep, srcCb, srcCStep, work);
-  vrscl::ScalePlane(*in, in->chroma, dstCr, dstCStep, srcCr, srcCStep, work);
+  // The scratch lines are the instance's own; an instance serves one thread at a time.
+  vrscl::ScalePlane(in, in->luma, dstY, dstYStep, srcY, srcYStep);
+  vrscl::ScalePlane(in, in->chroma, dstCb, dstCStep, srcCb, srcCStep);
+  vrscl::ScalePlane(in, in->chroma, dstCr, dstCStep, srcCr, srcCStep);
   return kVrsclOk;
 }
 

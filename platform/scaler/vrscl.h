@@ -27,9 +27,15 @@
 //   alone.
 //
 // Filter
-// - Separable, polyphase, two passes per output line: the vertical pass
-//   first (8-bit source lines -> one 16-bit line at source width, six
-//   fraction bits), then the horizontal pass (16-bit -> 8-bit).
+// - Separable, polyphase, two passes with a 16-bit intermediate carrying
+//   six fraction bits. The order is chosen per plane at set-up from the
+//   sizes, whichever does less work: vertical first (each destination line
+//   reads its source lines into one 16-bit line at source width, then
+//   filters it horizontally; reductions) or horizontal first (each source
+//   line is filtered once into a ring of 16-bit lines at destination width,
+//   which the vertical pass reads; enlargements). The two orders round the
+//   intermediate differently and may differ by one level; every processor
+//   form uses the same order for the same sizes and gives the same bytes.
 // - Kernel: the interpolating cubic with a = -0.5 (value 1 at 0, 0 at every
 //   other integer, support +-2). On a reduction by f > 1 the kernel is
 //   stretched by f (support +-2f source samples), which makes it a low-pass
@@ -45,15 +51,15 @@
 //   fall outside are folded onto the edge sample when the tables are built.
 // - Coefficients: 14-bit fixed point, each phase rounded to nearest and then
 //   corrected on its largest tap so that its taps sum to exactly 16384.
-//   Vertical: sum(c x p), + 128, >> 8 (arithmetic), saturated to 16 bits.
-//   Horizontal: sum(c x t), + 2^19, >> 20, saturated to 0..255. Identity
+//   First pass: sum(c x p), + 128, >> 8 (arithmetic), saturated to 16 bits.
+//   Second pass: sum(c x t), + 2^19, >> 20, saturated to 0..255. Identity
 //   sizes give one tap of 16384 and so copy exactly; an identity plane is
 //   copied line by line without filtering.
-// - The tables and the one 16-bit work line are built at set-up; Convert
-//   allocates nothing.
-// - Processor forms: plain, SSE2 and AVX2 kernels give the same bytes. The
-//   form is chosen once per instance from orv::DetectSimdLevel(), or given
-//   explicitly.
+// - The tables and the scratch lines are built at set-up; Convert allocates
+//   nothing.
+// - Processor forms: plain, SSE2, AVX2 and AVX-512 kernels give the same
+//   bytes. The form is chosen once per instance from orv::DetectSimdLevel(),
+//   or given explicitly.
 #ifndef ORV_PLATFORM_SCALER_VRSCL_H_
 #define ORV_PLATFORM_SCALER_VRSCL_H_
 

@@ -72,7 +72,7 @@ TEST_P(VrsclForms, RowKernelsEqualThePlainForm) {
   const orv::vrscl::Kernels p = orv::vrscl::SelectKernels(orv::SimdLevel::kPlain);
   std::mt19937 rng(77);
   for (int width : {1, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 65, 100, 1921}) {
-    for (int taps : {1, 2, 3, 4, 7, 8, 11, 16, 23}) {
+    for (int taps : {1, 2, 3, 4, 7, 8, 11, 16, 23, 31, 40}) {
       const int step = width + 5;
       std::vector<uint8_t> src(static_cast<size_t>(step) * taps);
       for (auto& v : src) v = static_cast<uint8_t>(rng() & 1 ? 255 : rng());
@@ -97,11 +97,33 @@ TEST_P(VrsclForms, RowKernelsEqualThePlainForm) {
           hc[static_cast<size_t>(i) * stride + t] =
               static_cast<int16_t>(static_cast<int>(rng() % 4097) - 2048);
       }
+      const std::vector<int16_t> paired = orv::vrscl::PairCoefs(hc.data(), width, stride);
       std::vector<uint8_t> oa(width + 8, 0xA5), ob(width + 8, 0xA5);
-      k.horizontal(in.data(), oa.data(), width, start.data(), hc.data(), stride);
-      p.horizontal(in.data(), ob.data(), width, start.data(), hc.data(), stride);
+      k.horizontal(in.data(), oa.data(), width, start.data(), hc.data(), paired.data(), stride);
+      p.horizontal(in.data(), ob.data(), width, start.data(), hc.data(), nullptr, stride);
       ASSERT_EQ(oa, ob) << "horizontal " << width << " taps " << taps;
       EXPECT_EQ(oa[width], 0xA5);
+
+      // The passes of the horizontal-first order.
+      std::vector<uint8_t> bytesIn(inWidth);
+      for (auto& v : bytesIn) v = static_cast<uint8_t>(rng() & 1 ? 255 : rng());
+      std::vector<int16_t> wa(width + 8, 0x5A5A), wb(width + 8, 0x5A5A);
+      k.horizontalBytes(bytesIn.data(), wa.data(), width, start.data(), hc.data(), paired.data(),
+                        stride);
+      p.horizontalBytes(bytesIn.data(), wb.data(), width, start.data(), hc.data(), nullptr, stride);
+      ASSERT_EQ(wa, wb) << "horizontal bytes " << width << " taps " << taps;
+      std::vector<std::vector<int16_t>> lines(taps, std::vector<int16_t>(width));
+      std::vector<const int16_t*> rows(taps);
+      for (int t = 0; t < taps; ++t) {
+        for (auto& v : lines[t]) v = static_cast<int16_t>(rng() & 1 ? 32767 - (rng() & 7) : rng());
+        rows[t] = lines[t].data();
+      }
+      std::vector<int16_t> vc(taps);
+      for (auto& c : vc) c = static_cast<int16_t>(static_cast<int>(rng() % 4097) - 2048);
+      std::vector<uint8_t> va(width + 8, 0xA5), vb(width + 8, 0xA5);
+      k.verticalWords(rows.data(), taps, vc.data(), va.data(), width);
+      p.verticalWords(rows.data(), taps, vc.data(), vb.data(), width);
+      ASSERT_EQ(va, vb) << "vertical words " << width << " taps " << taps;
     }
     std::vector<int16_t> in(width);
     for (auto& v : in) v = static_cast<int16_t>(rng());
