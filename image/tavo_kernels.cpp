@@ -25,7 +25,14 @@ void PlainTapRow(const uint8_t* src, uint8_t* dst, const TapTable& table, const 
 
 void PlainTapRows(const uint8_t* const* rows, const int32_t* weight, int count, uint8_t* dst,
                   int width, const Post& post) {
-  for (int x = 0; x < width; ++x) {
+  TapRowsRange(rows, weight, count, dst, 0, width, post);
+}
+
+}  // namespace
+
+void TapRowsRange(const uint8_t* const* rows, const int32_t* weight, int count, uint8_t* dst,
+                  int begin, int end, const Post& post) {
+  for (int x = begin; x < end; ++x) {
     const bool chroma = IsChroma(post.sign, x);
     const int bias = chroma ? 128 : 0;
     int32_t sum = 0;
@@ -33,8 +40,6 @@ void PlainTapRows(const uint8_t* const* rows, const int32_t* weight, int count, 
     dst[x] = Finish(sum, post, chroma);
   }
 }
-
-}  // namespace
 
 int32_t TapSum(const uint8_t* src, const TapTable& table, int i, bool chroma) {
   const uint8_t* s = src + table.start[i];

@@ -101,16 +101,46 @@ constexpr int kTapBlock = 8;
 // the weights packed[((i / kTapBlock) x taps + k) x kTapBlock + i % kTapBlock].
 // Every read stays inside the source line. Outputs [simdBegin, simdEnd) are
 // plain tap sums; the others are left to the plain form of the pass.
+//
+// Short area spans (four taps, weights below 128) also have a byte-shuffle
+// form: for each group of four outputs g < groups, 16 source bytes from
+// groupBase[g] on, rearranged by groupShuffle[16g..] into four runs of four and
+// weighed by the bytes groupWeight[16g..]. Every weight of an output sums to
+// weightSum there, which turns an unsigned sum into the signed one.
 struct TapTable {
   int taps;
   int simdBegin;
   int simdEnd;
   const int32_t* start;
   const int32_t* packed;
+  int groups;
+  int32_t weightSum;
+  const int32_t* groupBase;
+  const uint8_t* groupShuffle;
+  const int8_t* groupWeight;
+  // Four-tap area tables with weights below 2^15 also hold them as 16-bit
+  // values, four per output in order (null otherwise).
+  const int16_t* weight16;
+  // Four-tap cubic tables also have a 16-bit shuffle form: groups of eight
+  // outputs from wideFirst on, each reading 16 bytes from wideBase[g], widened
+  // by wideShuffle[64g..] (eight bytes an output: offsets, each followed by a
+  // zeroing index) and weighed by the split weights wideLo / wideHi (PackWeight's
+  // two halves, four an output).
+  int wideFirst;
+  int wideGroups;
+  const int32_t* wideBase;
+  const uint8_t* wideShuffle;
+  const int16_t* wideLo;
+  const int16_t* wideHi;
 };
 
 // Sum of one output of a tap table, read back from the packed weights.
 int32_t TapSum(const uint8_t* src, const TapTable& table, int i, bool chroma);
+
+// Columns [begin, end) of a vertical tap sum: the plain form, and the tail of
+// the processor forms.
+void TapRowsRange(const uint8_t* const* rows, const int32_t* weight, int count, uint8_t* dst,
+                  int begin, int end, const Post& post);
 
 // ---- Plain row kernels ----------------------------------------------------
 

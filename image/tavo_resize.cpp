@@ -61,7 +61,109 @@ struct AxisPass {
   bool useTaps = false;
   WorkBuffer cubicStorage;
   WorkBuffer tapStorage;
+  WorkBuffer groupStorage;
 };
+
+// The 16-bit shuffle groups of a cubic table: eight outputs whose taps lie in
+// 16 bytes that stay inside the line, from the first multiple of eight in the
+// four-tap range on.
+bool BuildWideGroups(AxisPass* pass) {
+  TapTable& t = pass->taps;
+  const int first = (t.simdBegin + 7) & ~7;
+  const int total = first < t.simdEnd ? (t.simdEnd - first) / 8 : 0;
+  if (total == 0) return true;
+  const size_t g = static_cast<size_t>(total);
+  if (!pass->groupStorage.Allocate(g * (4 + 64 + 64 + 64))) return false;
+  int32_t* base = pass->groupStorage.As<int32_t>();
+  uint8_t* shuffle = reinterpret_cast<uint8_t*>(base + g);
+  int16_t* lo = reinterpret_cast<int16_t*>(shuffle + 64 * g);
+  int16_t* hi = lo + 32 * g;
+  int groups = 0;
+  for (; groups < total; ++groups) {
+    const int i0 = first + 8 * groups;
+    const int32_t b = t.start[i0];
+    if (b + 16 > pass->srcLength || t.start[i0 + 7] + 3 - b > 15) break;
+    for (int m = 0; m < 8; ++m) {
+      const int i = i0 + m;
+      const int32_t* w =
+          t.packed + (static_cast<size_t>(i / kTapBlock) * 4) * kTapBlock + i % kTapBlock;
+      for (int k = 0; k < 4; ++k) {
+        const size_t at = 32 * static_cast<size_t>(groups) + 4 * m + k;
+        shuffle[2 * at] = static_cast<uint8_t>(t.start[i] + k - b);
+        shuffle[2 * at + 1] = 0x80;
+        const int32_t packed = w[static_cast<size_t>(k) * kTapBlock];
+        lo[at] = static_cast<int16_t>(packed & 0xFFFF);
+        hi[at] = static_cast<int16_t>(packed >> 16);
+      }
+    }
+    base[groups] = b;
+  }
+  t.wideFirst = first;
+  t.wideGroups = groups;
+  t.wideBase = base;
+  t.wideShuffle = shuffle;
+  t.wideLo = lo;
+  t.wideHi = hi;
+  return true;
+}
+
+// The short forms of a four-tap area table: 16-bit weights when they fit, and
+// when they fit a signed byte the byte-shuffle groups, the leading groups of
+// four outputs whose taps lie in 16 bytes that stay inside the line.
+bool BuildShortTaps(AxisPass* pass) {
+  TapTable& t = pass->taps;
+  const int n = pass->dstLength;
+  if (t.taps != 4 || pass->grid.q > 32767) return true;
+  const int total = n / 4;
+  const size_t bytes16 = sizeof(int16_t) * 4 * static_cast<size_t>(n);
+  if (!pass->groupStorage.Allocate(bytes16 + static_cast<size_t>(total) * (4 + 16 + 16))) {
+    return false;
+  }
+  int16_t* weight16 = pass->groupStorage.As<int16_t>();
+  for (int i = 0; i < n; ++i) {
+    const int32_t* w =
+        t.packed + (static_cast<size_t>(i / kTapBlock) * 4) * kTapBlock + i % kTapBlock;
+    for (int k = 0; k < 4; ++k) {
+      weight16[4 * i + k] =
+          static_cast<int16_t>(UnpackWeight(w[static_cast<size_t>(k) * kTapBlock]));
+    }
+  }
+  t.weight16 = weight16;
+  t.weightSum = static_cast<int32_t>(pass->grid.q);
+  if (pass->grid.q > 127) return true;
+  int32_t* base = pass->groupStorage.As<int32_t>(bytes16);
+  uint8_t* shuffle = reinterpret_cast<uint8_t*>(base + total);
+  int8_t* weight = reinterpret_cast<int8_t*>(shuffle + 16 * static_cast<size_t>(total));
+  int groups = 0;
+  for (; groups < total; ++groups) {
+    const int first = 4 * groups;
+    const int32_t b = t.start[first];
+    if (b + 16 > pass->srcLength) break;
+    bool fits = true;
+    for (int m = 0; m < 4 && fits; ++m) {
+      const int i = first + m;
+      const int32_t* w =
+          t.packed + (static_cast<size_t>(i / kTapBlock) * 4) * kTapBlock + i % kTapBlock;
+      for (int k = 0; k < 4; ++k) {
+        const int32_t offset = t.start[i] + k - b;
+        if (offset < 0 || offset > 15) {
+          fits = false;
+          break;
+        }
+        shuffle[16 * groups + 4 * m + k] = static_cast<uint8_t>(offset);
+        weight[16 * groups + 4 * m + k] =
+            static_cast<int8_t>(UnpackWeight(w[static_cast<size_t>(k) * kTapBlock]));
+      }
+    }
+    if (!fits) break;
+    base[groups] = b;
+  }
+  t.groups = groups;
+  t.groupBase = base;
+  t.groupShuffle = shuffle;
+  t.groupWeight = weight;
+  return true;
+}
 
 // The tap table of the processor forms for an area row: the spans of the
 // carry walk, padded to a multiple of 4 taps, with starts moved back where a
@@ -114,9 +216,10 @@ bool BuildAreaTaps(AxisPass* pass) {
       column[static_cast<size_t>(k + shift) * kTapBlock] = PackWeight(weights[k]);
     }
   }
-  pass->taps = TapTable{taps, 0, n, start, packed};
+  pass->taps = TapTable{taps,    0,       n, start, packed,  0,       0,       nullptr, nullptr,
+                        nullptr, nullptr, 0, 0,     nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
-  return true;
+  return BuildShortTaps(pass);
 }
 
 // The cubic tables: index and weights for every output (one entry more, as a
@@ -159,9 +262,10 @@ bool BuildCubic(AxisPass* pass, bool wantTaps) {
           PackWeight(weight[4 * static_cast<size_t>(i) + k]);
     }
   }
-  pass->taps = TapTable{4, begin, end, start, packed};
+  pass->taps = TapTable{4,       begin,   end, start, packed,  0,       0,       nullptr, nullptr,
+                        nullptr, nullptr, 0,   0,     nullptr, nullptr, nullptr, nullptr};
   pass->useTaps = true;
-  return true;
+  return BuildWideGroups(pass);
 }
 
 // Chooses the method of an axis and builds what it needs, once per pass.
@@ -496,15 +600,19 @@ bool ResizeYUV420(const uint8_t* src, uint8_t* dst, int srcStep, int dstStep,
   const uint8_t* srcV = srcU + srcC * (srcSize.height / 2);
   uint8_t* dstU = dst + ptrdiff_t(dstStep) * dstSize.height;
   uint8_t* dstV = dstU + dstC * (dstSize.height / 2);
+  // Chroma steps: half the plane's, doubled again for a field (not half the
+  // doubled luma step, which differs by one for an odd step).
+  const ptrdiff_t srcStepC = p.srcStep == srcStep ? srcC : 2 * srcC;
+  const ptrdiff_t dstStepC = p.dstStep == dstStep ? dstC : 2 * dstC;
   const ptrdiff_t srcOffC = (p.srcOffset ? srcC : 0) + (srcTrimX / 2) / 2;
   const ptrdiff_t dstOffC =
-      (p.dstOffset ? dstC : 0) + (marginTop / 2) * (p.dstStep / 2) + (dstMarginX / 2) / 2;
-  if (!ScalePlane(srcU + srcOffC, p.srcStep / 2, w / 2, H / 2, dstU + dstOffC, p.dstStep / 2,
-                  dw / 2, h / 2, level)) {
+      (p.dstOffset ? dstC : 0) + (marginTop / 2) * dstStepC + (dstMarginX / 2) / 2;
+  if (!ScalePlane(srcU + srcOffC, srcStepC, w / 2, H / 2, dstU + dstOffC, dstStepC, dw / 2, h / 2,
+                  level)) {
     return false;
   }
-  return ScalePlane(srcV + srcOffC, p.srcStep / 2, w / 2, H / 2, dstV + dstOffC, p.dstStep / 2,
-                    dw / 2, h / 2, level);
+  return ScalePlane(srcV + srcOffC, srcStepC, w / 2, H / 2, dstV + dstOffC, dstStepC, dw / 2, h / 2,
+                    level);
 }
 
 bool ResizeYUY2(const uint8_t* src, uint8_t* dst, int srcStep, int dstStep,

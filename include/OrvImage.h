@@ -809,13 +809,20 @@ class ORV_API OrvImage {
   // same field of the destination, otherwise it fills the whole destination.
   // The YUY2 form treats chroma as signed around 128 and refuses odd lengths
   // across. False for invalid arguments (nothing written) or a failed work
-  // allocation; see image/tavo_resize.h.
-  static bool TavoResizeYUV420(const unsigned char* src, unsigned char* dst, int srcStep,
-                               int dstStep, IppiSize srcSize, IppiSize dstSize, int srcTrimX,
-                               int dstMarginX, int dstMarginY, FIELD_TYPE field, bool sameField);
-  static bool TavoResizeYUY2(const unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                             IppiSize srcSize, IppiSize dstSize, int srcTrimX, int dstMarginX,
-                             int dstMarginY, FIELD_TYPE field, bool sameField);
+  // allocation; see image/tavo_resize.h. Private, so kept out of the exported
+  // symbols.
+  [[gnu::visibility("hidden")]] static bool TavoResizeYUV420(const unsigned char* src,
+                                                             unsigned char* dst, int srcStep,
+                                                             int dstStep, IppiSize srcSize,
+                                                             IppiSize dstSize, int srcTrimX,
+                                                             int dstMarginX, int dstMarginY,
+                                                             FIELD_TYPE field, bool sameField);
+  [[gnu::visibility("hidden")]] static bool TavoResizeYUY2(const unsigned char* src,
+                                                           unsigned char* dst, int srcStep,
+                                                           int dstStep, IppiSize srcSize,
+                                                           IppiSize dstSize, int srcTrimX,
+                                                           int dstMarginX, int dstMarginY,
+                                                           FIELD_TYPE field, bool sameField);
 };
 
 #endif  // ORV_IMAGE_H_
