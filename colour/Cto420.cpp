@@ -69,6 +69,21 @@ void ChromaLine(Packed kind, const PlanarRows& rows, const PlanarCoefs& c, const
   }
 }
 
+// Luma of lines a and b and their chroma; RGB rows do it in one pass.
+void PairLines(Packed kind, const PlanarRows& rows, const PlanarCoefs& c, const uint8_t* a,
+               const uint8_t* b, int pairs, int field, uint8_t* ya, uint8_t* yb, uint8_t* u,
+               uint8_t* v) {
+  if (kind == Packed::kRgb24) {
+    rows.rgb24ToYUV(a, b, pairs, field, ya, yb, u, v, c);
+  } else if (kind == Packed::kRgb32) {
+    rows.rgb32ToYUV(a, b, pairs, field, ya, yb, u, v, c);
+  } else {
+    LumaLine(kind, rows, c, a, pairs, ya);
+    LumaLine(kind, rows, c, b, pairs, yb);
+    ChromaLine(kind, rows, c, a, b, pairs, field, u, v);
+  }
+}
+
 // Frame walk: each line pair gives two luma lines and one chroma line.
 bool WalkFrame(Packed kind, const PlanarRows& rows, const PlanarCoefs& c, const SourceLines& s,
                int32_t width, const PlanarDst& d) {
@@ -78,9 +93,7 @@ bool WalkFrame(Packed kind, const PlanarRows& rows, const PlanarCoefs& c, const 
   for (int32_t k = 0; k < linePairs; ++k) {
     const uint8_t* a = s.Line(2 * k);
     const uint8_t* b = s.Line(2 * k + 1);
-    LumaLine(kind, rows, c, a, pairs, d.Y(2 * k));
-    LumaLine(kind, rows, c, b, pairs, d.Y(2 * k + 1));
-    ChromaLine(kind, rows, c, a, b, pairs, 0, d.U(k), d.V(k));
+    PairLines(kind, rows, c, a, b, pairs, 0, d.Y(2 * k), d.Y(2 * k + 1), d.U(k), d.V(k));
   }
   return true;
 }
@@ -101,9 +114,10 @@ bool WalkField(Packed kind, const PlanarRows& rows, const PlanarCoefs& c, const 
       int32_t src = 4 * g + i - (shift ? 1 : 0);
       L[i] = s.Line(src < 0 ? 0 : src);
     }
-    for (int i = 0; i < 4; ++i) LumaLine(kind, rows, c, L[i], pairs, d.Y(4 * g + i));
-    ChromaLine(kind, rows, c, L[0], L[2], pairs, 1, d.U(2 * g), d.V(2 * g));
-    ChromaLine(kind, rows, c, L[3], L[1], pairs, 1, d.U(2 * g + 1), d.V(2 * g + 1));
+    PairLines(kind, rows, c, L[0], L[2], pairs, 1, d.Y(4 * g), d.Y(4 * g + 2), d.U(2 * g),
+              d.V(2 * g));
+    PairLines(kind, rows, c, L[3], L[1], pairs, 1, d.Y(4 * g + 3), d.Y(4 * g + 1), d.U(2 * g + 1),
+              d.V(2 * g + 1));
   }
   return true;
 }

@@ -40,6 +40,14 @@ void RgbToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* 
   }
 }
 
+template <int kBpp>
+void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* ya, uint8_t* yb,
+              uint8_t* u, uint8_t* v, const PlanarCoefs& c) {
+  RgbToY<kBpp>(a, pairs, ya, c);
+  RgbToY<kBpp>(b, pairs, yb, c);
+  RgbToUV<kBpp>(a, b, pairs, field, u, v, c);
+}
+
 void Yuy2ToY(const uint8_t* src, int pairs, uint8_t* y) {
   for (int j = 0; j < pairs; ++j) {
     y[2 * j] = src[4 * j];
@@ -195,8 +203,8 @@ void LineMean(const uint8_t* p, const uint8_t* q, int bytes, uint8_t* dst) {
   for (int i = 0; i < bytes; ++i) dst[i] = static_cast<uint8_t>((p[i] + q[i] + 1) >> 1);
 }
 
-const PlanarRows kPlainPlanar = {RgbToY<3>, RgbToY<4>, RgbToUV<3>, RgbToUV<4>,
-                                 Yuy2ToY,   Yuy2ToUV,  ToYuy2};
+const PlanarRows kPlainPlanar = {RgbToY<3>,   RgbToY<4>, RgbToUV<3>, RgbToUV<4>, RgbToYUV<3>,
+                                 RgbToYUV<4>, Yuy2ToY,   Yuy2ToUV,   ToYuy2};
 const RgbRows kPlainRgb = {Terms, Filter, Pixels, Route24, LineMean};
 
 }  // namespace
@@ -216,6 +224,7 @@ const PlanarRows& GetPlanarRows(SimdLevel level) {
 
 const RgbRows& GetRgbRows(SimdLevel level) {
 #if ORV_X86_SIMD
+  if (level >= SimdLevel::kAvx512) return Avx512RgbRows();
   if (level >= SimdLevel::kAvx2) return Avx2RgbRows();
   if (level >= SimdLevel::kSse2) return Sse2RgbRows();
 #else

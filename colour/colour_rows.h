@@ -64,6 +64,12 @@ struct PlanarRows {
                     uint8_t* v, const PlanarCoefs& c);
   void (*rgb32ToUV)(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* u,
                     uint8_t* v, const PlanarCoefs& c);
+  // Both at once: luma of lines a and b into ya and yb, chroma of the pair
+  // into u and v, reading each pixel once.
+  void (*rgb24ToYUV)(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* ya,
+                     uint8_t* yb, uint8_t* u, uint8_t* v, const PlanarCoefs& c);
+  void (*rgb32ToYUV)(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* ya,
+                     uint8_t* yb, uint8_t* u, uint8_t* v, const PlanarCoefs& c);
   // The Y bytes of `pairs` YUY2 pixel pairs.
   void (*yuy2ToY)(const uint8_t* src, int pairs, uint8_t* y);
   // Chroma of two YUY2 lines: (a + b + 1) >> 1 when `field` is 0, else (3a + b + 2) >> 2.
@@ -108,6 +114,8 @@ const PlanarRows& Sse2PlanarRows();
 const RgbRows& Sse2RgbRows();
 const PlanarRows& Avx2PlanarRows();
 const RgbRows& Avx2RgbRows();
+// The general route's terms, filter and 32-bit pixels; the rest as AVX2.
+const RgbRows& Avx512RgbRows();
 #endif
 
 }  // namespace colour

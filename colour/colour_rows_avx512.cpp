@@ -1,0 +1,258 @@
+// AVX-512 bodies of the hottest colour rows: the general route's terms, filter
+// and pixels of 32 and 24 bits, and the 24-bit route, 64 pixels a step. Everything else, and the
+// rest of each row, goes to the AVX2 bodies, so the bytes are the plain bytes. GCC 12 warns inside
+// its own AVX-512 header (undefined pass-through operands).
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+
+#include "colour/colour_rows.h"
+
+namespace orv {
+namespace colour {
+namespace {
+
+inline __m512i Set16(int v) { return _mm512_set1_epi16(static_cast<int16_t>(v)); }
+inline __m512i LoadU(const void* p) { return _mm512_loadu_si512(p); }
+inline void StoreU(void* p, __m512i v) { _mm512_storeu_si512(p, v); }
+inline __m512i Load32(const uint8_t* p) {
+  return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)));
+}
+
+void Terms(const uint8_t* u, const uint8_t* v, int n, const RgbMatrix& m, int16_t* r, int16_t* g,
+           int16_t* b) {
+  const __m512i c128 = Set16(128);
+  const __m512i green = _mm512_set1_epi32(static_cast<int>(
+      (static_cast<uint32_t>(m.uToG) << 16) | (static_cast<uint32_t>(m.vToG) & 0xFFFF)));
+  const __m512i half = _mm512_set1_epi32(32768);
+  int i = 0;
+  for (; i + 32 <= n; i += 32) {
+    const __m512i uu = _mm512_slli_epi16(_mm512_sub_epi16(Load32(u + i), c128), 8);
+    const __m512i vv = _mm512_slli_epi16(_mm512_sub_epi16(Load32(v + i), c128), 8);
+    StoreU(r + i, _mm512_mulhi_epi16(vv, Set16(m.vToR)));
+    StoreU(b + i, _mm512_mulhi_epi16(uu, Set16(m.uToB)));
+    const __m512i lo = _mm512_srai_epi32(
+        _mm512_add_epi32(_mm512_madd_epi16(_mm512_unpacklo_epi16(vv, uu), green), half), 16);
+    const __m512i hi = _mm512_srai_epi32(
+        _mm512_add_epi32(_mm512_madd_epi16(_mm512_unpackhi_epi16(vv, uu), green), half), 16);
+    StoreU(g + i, _mm512_packs_epi32(lo, hi));
+  }
+  if (i < n)
+    Avx2RgbRows().terms(u + i, v + i, n - i, m, r + i, g + i, b + i);
+  else if (n > 0) {
+    r[n] = r[n - 1];
+    g[n] = g[n - 1];
+    b[n] = b[n - 1];
+  }
+}
+
+void Filter(const int16_t* pa, const int16_t* pb, int count, TermFilter kind, bool blue,
+            int16_t* outA, int16_t* outB) {
+  const __m512i one = Set16(1), two = Set16(2);
+  int i = 0;
+  for (; i + 32 <= count; i += 32) {
+    const __m512i a = LoadU(pa + i), b = LoadU(pb + i);
+    const __m512i ab = _mm512_add_epi16(a, b);
+    __m512i A, B;
+    if (!blue) {
+      if (kind == kFilterFrame) {
+        A = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(_mm512_add_epi16(a, a), ab), two),
+                              2);
+        B = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(_mm512_add_epi16(b, b), ab), two),
+                              2);
+      } else if (kind == kFilterField1) {
+        const __m512i d = _mm512_srai_epi16(_mm512_sub_epi16(a, b), 1);
+        A = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(d, _mm512_add_epi16(ab, ab)), two),
+                              2);
+        B = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(d, _mm512_slli_epi16(b, 2)), two),
+                              2);
+      } else {
+        const __m512i d = _mm512_srai_epi16(_mm512_sub_epi16(b, a), 1);
+        A = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(d, _mm512_slli_epi16(a, 2)), two),
+                              2);
+        B = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(d, _mm512_add_epi16(ab, ab)), two),
+                              2);
+      }
+    } else {
+      if (kind == kFilterFrame) {
+        const __m512i d = _mm512_srai_epi16(_mm512_sub_epi16(a, b), 1);
+        A = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(d, ab), one), 1);
+        B = _mm512_srai_epi16(_mm512_add_epi16(_mm512_sub_epi16(ab, d), one), 1);
+      } else if (kind == kFilterField1) {
+        const __m512i e = _mm512_srai_epi16(_mm512_sub_epi16(a, b), 2);
+        A = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(e, ab), one), 1);
+        B = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(e, _mm512_add_epi16(b, b)), one),
+                              1);
+      } else {
+        const __m512i e = _mm512_srai_epi16(_mm512_sub_epi16(b, a), 2);
+        A = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(e, _mm512_add_epi16(a, a)), one),
+                              1);
+        B = _mm512_srai_epi16(_mm512_add_epi16(_mm512_add_epi16(e, ab), one), 1);
+      }
+    }
+    StoreU(outA + i, A);
+    StoreU(outB + i, B);
+  }
+  if (i < count) Avx2RgbRows().filter(pa + i, pb + i, count - i, kind, blue, outA + i, outB + i);
+}
+
+// One colour of 64 pixels; 128-bit quarter k holds pixels 16k .. 16k+15.
+inline __m512i Colour64(__m512i te, __m512i to, const int16_t* t) {
+  const __m512i order =
+      _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+  const __m512i t0 = LoadU(t), t1 = LoadU(t + 1);
+  const __m512i even = _mm512_srai_epi16(_mm512_adds_epi16(te, _mm512_add_epi16(t0, t0)), 6);
+  const __m512i odd = _mm512_srai_epi16(_mm512_adds_epi16(to, _mm512_add_epi16(t0, t1)), 6);
+  return _mm512_shuffle_epi8(_mm512_packus_epi16(even, odd), order);
+}
+
+// 64 pixels of 4 bytes from byte vectors in quarter order.
+inline void Store32(uint8_t* d, __m512i c0, __m512i c1, __m512i c2, __m512i c3) {
+  const __m512i lo01 = _mm512_unpacklo_epi8(c0, c1), hi01 = _mm512_unpackhi_epi8(c0, c1);
+  const __m512i lo23 = _mm512_unpacklo_epi8(c2, c3), hi23 = _mm512_unpackhi_epi8(c2, c3);
+  const __m512i p0 = _mm512_unpacklo_epi16(lo01, lo23);  // pixels 0-3 of each quarter
+  const __m512i p1 = _mm512_unpackhi_epi16(lo01, lo23);  // 4-7
+  const __m512i p2 = _mm512_unpacklo_epi16(hi01, hi23);  // 8-11
+  const __m512i p3 = _mm512_unpackhi_epi16(hi01, hi23);  // 12-15
+  const __m512i t0 = _mm512_shuffle_i64x2(p0, p1, 0x44);
+  const __m512i t1 = _mm512_shuffle_i64x2(p2, p3, 0x44);
+  const __m512i t2 = _mm512_shuffle_i64x2(p0, p1, 0xEE);
+  const __m512i t3 = _mm512_shuffle_i64x2(p2, p3, 0xEE);
+  StoreU(d, _mm512_shuffle_i64x2(t0, t1, 0x88));
+  StoreU(d + 64, _mm512_shuffle_i64x2(t0, t1, 0xDD));
+  StoreU(d + 128, _mm512_shuffle_i64x2(t2, t3, 0x88));
+  StoreU(d + 192, _mm512_shuffle_i64x2(t2, t3, 0xDD));
+}
+
+// 64 pixels of 3 bytes B G R from byte vectors in quarter order.
+inline void Store24(uint8_t* d, __m512i b, __m512i g, __m512i r) {
+  const __m512i mb0 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1, 5));
+  const __m512i mg0 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1, -1));
+  const __m512i mr0 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, -1, 0, -1, -1, 1, -1, -1, 2, -1, -1, 3, -1, -1, 4, -1));
+  const __m512i mb1 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10, -1));
+  const __m512i mg1 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1, 10));
+  const __m512i mr1 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, 5, -1, -1, 6, -1, -1, 7, -1, -1, 8, -1, -1, 9, -1, -1));
+  const __m512i mb2 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1, -1));
+  const __m512i mg2 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(-1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15, -1));
+  const __m512i mr2 = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(10, -1, -1, 11, -1, -1, 12, -1, -1, 13, -1, -1, 14, -1, -1, 15));
+  // Quarter k of o0, o1, o2 holds the 16-byte blocks 3k, 3k+1, 3k+2 of the output.
+  const __m512i o0 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_shuffle_epi8(b, mb0), _mm512_shuffle_epi8(g, mg0)),
+                      _mm512_shuffle_epi8(r, mr0));
+  const __m512i o1 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_shuffle_epi8(b, mb1), _mm512_shuffle_epi8(g, mg1)),
+                      _mm512_shuffle_epi8(r, mr1));
+  const __m512i o2 =
+      _mm512_or_si512(_mm512_or_si512(_mm512_shuffle_epi8(b, mb2), _mm512_shuffle_epi8(g, mg2)),
+                      _mm512_shuffle_epi8(r, mr2));
+  // Blocks 0-3: o0.q0 o1.q0 o2.q0 o0.q1; 4-7: o1.q1 o2.q1 o0.q2 o1.q2;
+  // 8-11: o2.q2 o0.q3 o1.q3 o2.q3 (qword indices, 8 and up from the second source).
+  const __m512i t0 = _mm512_permutex2var_epi64(o0, _mm512_setr_epi64(0, 1, 8, 9, 0, 0, 2, 3), o1);
+  StoreU(d, _mm512_permutex2var_epi64(t0, _mm512_setr_epi64(0, 1, 2, 3, 8, 9, 6, 7), o2));
+  const __m512i t1 = _mm512_permutex2var_epi64(o1, _mm512_setr_epi64(2, 3, 0, 0, 12, 13, 4, 5), o0);
+  StoreU(d + 64, _mm512_permutex2var_epi64(t1, _mm512_setr_epi64(0, 1, 10, 11, 4, 5, 6, 7), o2));
+  const __m512i t2 = _mm512_permutex2var_epi64(o2, _mm512_setr_epi64(4, 5, 14, 15, 0, 0, 6, 7), o0);
+  StoreU(d + 128, _mm512_permutex2var_epi64(t2, _mm512_setr_epi64(0, 1, 2, 3, 14, 15, 6, 7), o1));
+}
+
+void Route24(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
+             const uint8_t* vb, int width, int wa, int wb, int mul, const RgbMatrix& m,
+             uint8_t* dst) {
+  const int n = width / 2;
+  const __m512i c128 = Set16(128), WA = Set16(wa), WB = Set16(wb), MUL = Set16(mul);
+  const __m512i gain = Set16(m.yGain24), off = Set16(m.yOffset24), low = Set16(0xFF);
+  const __m512i uToB = Set16(m.uToB), uToG = Set16(m.uToG), vToG = Set16(m.vToG),
+                vToR = Set16(m.vToR);
+  const __m512i order =
+      _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+  auto chroma = [&](const uint8_t* a, const uint8_t* b, __m512i* even, __m512i* odd) {
+    const __m512i a0 = _mm512_sub_epi16(Load32(a), c128);
+    const __m512i a1 = _mm512_sub_epi16(Load32(a + 1), c128);
+    const __m512i b0 = _mm512_sub_epi16(Load32(b), c128);
+    const __m512i b1 = _mm512_sub_epi16(Load32(b + 1), c128);
+    const __m512i ea = _mm512_add_epi16(a0, a0), oa = _mm512_add_epi16(a0, a1);
+    const __m512i eb = _mm512_add_epi16(b0, b0), ob = _mm512_add_epi16(b0, b1);
+    *even = _mm512_mullo_epi16(
+        _mm512_add_epi16(_mm512_mullo_epi16(ea, WA), _mm512_mullo_epi16(eb, WB)), MUL);
+    *odd = _mm512_mullo_epi16(
+        _mm512_add_epi16(_mm512_mullo_epi16(oa, WA), _mm512_mullo_epi16(ob, WB)), MUL);
+  };
+  auto pack = [&](__m512i even, __m512i odd) {
+    return _mm512_shuffle_epi8(
+        _mm512_packus_epi16(_mm512_srai_epi16(even, 4), _mm512_srai_epi16(odd, 4)), order);
+  };
+  int i = 0;
+  // Column i + 32 must be a real column: the edge pixel is left to the next body.
+  for (; i + 32 < n; i += 32) {
+    __m512i eue, euo, eve, evo;
+    chroma(ua + i, ub + i, &eue, &euo);
+    chroma(va + i, vb + i, &eve, &evo);
+    const __m512i yy = LoadU(y + 2 * i);
+    const __m512i le = _mm512_sub_epi16(
+        _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_and_si512(yy, low), 7), gain), off);
+    const __m512i lo = _mm512_sub_epi16(
+        _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_srli_epi16(yy, 8), 7), gain), off);
+    const __m512i B = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToB)),
+                           _mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToB)));
+    const __m512i G = pack(_mm512_add_epi16(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToG)),
+                                            _mm512_mulhi_epi16(eve, vToG)),
+                           _mm512_add_epi16(_mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToG)),
+                                            _mm512_mulhi_epi16(evo, vToG)));
+    const __m512i R = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eve, vToR)),
+                           _mm512_add_epi16(lo, _mm512_mulhi_epi16(evo, vToR)));
+    Store24(dst + 6 * i, B, G, R);
+  }
+  if (i < n)
+    Avx2RgbRows().route24(y + 2 * i, ua + i, ub + i, va + i, vb + i, width - 2 * i, wa, wb, mul, m,
+                          dst + 6 * i);
+}
+
+void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t* b, int width,
+            const RgbMatrix& m, PixelKind kind, uint8_t* dst) {
+  const int n = width / 2;
+  int i = 0;
+  if (kind == kPixBgr0 || kind == kPixBgra || kind == kPix0rgb || kind == kPixBgr) {
+    const __m512i gain = Set16(m.yGain), off = Set16(m.yOffset), low = Set16(0xFF);
+    const __m512i alpha = kind == kPixBgra ? _mm512_set1_epi8(-1) : _mm512_setzero_si512();
+    for (; i + 32 <= n; i += 32) {
+      const __m512i yy = LoadU(y + 2 * i);
+      const __m512i me = _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_and_si512(yy, low), 7), gain);
+      const __m512i mo = _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_srli_epi16(yy, 8), 7), gain);
+      const __m512i te = _mm512_sub_epi16(_mm512_add_epi16(me, me), off);
+      const __m512i to = _mm512_sub_epi16(_mm512_add_epi16(mo, mo), off);
+      const __m512i R = Colour64(te, to, r + i);
+      const __m512i G = Colour64(te, to, g + i);
+      const __m512i B = Colour64(te, to, b + i);
+      if (kind == kPixBgr)
+        Store24(dst + 6 * i, B, G, R);
+      else if (kind == kPix0rgb)
+        Store32(dst + 8 * i, _mm512_setzero_si512(), R, G, B);
+      else
+        Store32(dst + 8 * i, B, G, R, alpha);
+    }
+  }
+  if (i < n) {
+    const int bpp = BytesPerPixel(kind);
+    Avx2RgbRows().pixels(y + 2 * i, r + i, g + i, b + i, width - 2 * i, m, kind, dst + 2 * i * bpp);
+  }
+}
+
+}  // namespace
+
+const RgbRows& Avx512RgbRows() {
+  static const RgbRows rows = {Terms, Filter, Pixels, Route24, Avx2RgbRows().lineMean};
+  return rows;
+}
+
+}  // namespace colour
+}  // namespace orv
