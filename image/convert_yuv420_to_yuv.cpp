@@ -2,6 +2,8 @@
 #include <OrvImage.h>
 #include <OrvMemory.h>
 
+#include <memory>
+
 #include "image/convert_frame.h"
 #include "image/convert_kernels.h"
 
@@ -32,24 +34,47 @@ void Progressive420ToYuy2(const Frame& f, bool yv12) {
   }
 }
 
-// Interlaced 4:2:0 to YUY2 through the colour kernels, the whole frame or one
-// field (memory order: FIELD_TOP the even lines, FIELD_BOTTOM the odd ones).
+// Interlaced 4:2:0 to YUY2 through the colour kernels: the whole frame, or one
+// field, chosen in display terms (the top field is the even memory lines of a
+// top-down source and the odd ones of a bottom-up source). A field is written
+// on its own lines, turned with the picture when the steps' signs differ;
+// the other field's lines keep what they held.
 void Interlaced420ToYuy2(const Frame& f, OrvImage::FIELD_TYPE field, ColorSpaceConverter* given) {
   ConverterLease lease(given);
   if (!lease.ok()) Raise(OrvImage::ORV_IMG_NO_MEMORY);
   const Planes420 p = Planar420(f.src, f.srcStep, f.height);
-  const int first = field == OrvImage::FIELD_BOTTOM ? 1 : 0;
-  const int stride = field == OrvImage::FIELD_FRAME ? 1 : 2;
-  const int lines = field == OrvImage::FIELD_FRAME ? f.height : f.height / 2;
+  const bool whole = field == OrvImage::FIELD_FRAME;
+  const int first = whole ? 0 : ((field == OrvImage::FIELD_TOP) == (f.srcSign > 0) ? 0 : 1);
+  const int stride = whole ? 1 : 2;
+  const int lines = whole ? f.height : f.height / 2;
   if (lines <= 0) return;
-  const uint32_t scan = field == OrvImage::FIELD_FRAME ? CSC_SCAN_INTERLACED : CSC_SCAN_PROGRESSIVE;
-  const int64_t dstOffset = static_cast<int64_t>(first) * f.dstStep;
-  uint32_t capacity = static_cast<uint32_t>(f.required - dstOffset);
+  const uint32_t scan = whole ? CSC_SCAN_INTERLACED : CSC_SCAN_PROGRESSIVE;
+  // Where the kernels write: dst itself, or for a turned field a work picture
+  // of its lines.
+  std::unique_ptr<WorkPlanes> work;
+  Ipp8u* out = f.dst + static_cast<int64_t>(first) * f.dstStep;
+  int outPitch = stride * f.dstStep;
+  if (!whole && f.flip) {
+    work.reset(new WorkPlanes(1, 2 * f.width, lines));
+    out = work->plane(0);
+    outPitch = work->step();
+  }
+  // The kernels count a whole pitch for every line they write; with doubled
+  // pitches that is at most R, and the bytes they write (the bottom field one
+  // line in) end within R too.
+  uint32_t capacity = static_cast<uint32_t>(static_cast<int64_t>(outPitch) * lines);
   const bool done = lease.get()->ConvertFromYUV420(
       p.y + first * static_cast<int64_t>(p.yStep), p.c1 + first * static_cast<int64_t>(p.cStep),
       p.c2 + first * static_cast<int64_t>(p.cStep), stride * p.yStep, stride * p.cStep, f.width,
-      lines, CSC_I420, scan, 0, f.dst + dstOffset, stride * f.dstStep, CSC_YUY2, &capacity);
+      lines, CSC_I420, scan, 0, out, outPitch, CSC_YUY2, &capacity);
   if (!done) Raise(OrvImage::ORV_IMG_FAILED);
+  if (work) {
+    for (int k = 0; k < lines; ++k) {
+      const int64_t target = f.height - 1 - (2 * k + first);
+      OrvMemory::Copy(f.dst + target * f.dstStep, f.dstStep,
+                      work->plane(0) + k * static_cast<int64_t>(work->step()), 2 * f.width);
+    }
+  }
 }
 
 void Yuv420ToYuy2Body(const Frame& f, bool progressive, OrvImage::FIELD_TYPE field,
@@ -58,6 +83,8 @@ void Yuv420ToYuy2Body(const Frame& f, bool progressive, OrvImage::FIELD_TYPE fie
     Progressive420ToYuy2(f, false);
   } else {
     Interlaced420ToYuy2(f, field, converter);
+    // A single field was placed turned already.
+    if (field != OrvImage::FIELD_FRAME) return;
   }
   if (f.flip) MirrorInPlace(1, f.dst, f.dstStep, {2 * f.width, f.height});
 }

@@ -196,108 +196,6 @@ class ORV_API OrvImage {
   // True when the picture is closer to 16:9 than to 4:3 (and when a side is 0).
   static bool IsNearWideAspect(unsigned long width, unsigned long height);
 
-  // ---- Resizing through the image primitives ------------------------------
-
-  // Resize a picture to another size. `size` is the capacity in, bytes
-  // produced out; a null picture stores the required size and answers 3.
-  // Opposite step signs turn the picture. INTERPOLATION_TAVO uses the own
-  // scaler for YUV420 and YUY2; other modes the primitives.
-  static unsigned long ResizeYUV420(unsigned char* src, unsigned char* dst, unsigned long* size,
-                                    unsigned long srcWidth, unsigned long srcHeight, int srcStep,
-                                    unsigned long dstWidth, unsigned long dstHeight, int dstStep,
-                                    INTERPOLATION_MODE mode);
-  static unsigned long ResizeYUY2(unsigned char* src, unsigned char* dst, unsigned long* size,
-                                  unsigned long srcWidth, unsigned long srcHeight, int srcStep,
-                                  unsigned long dstWidth, unsigned long dstHeight, int dstStep,
-                                  INTERPOLATION_MODE mode);
-  static unsigned long ResizeRGB24(unsigned char* src, unsigned char* dst, unsigned long* size,
-                                   unsigned long srcWidth, unsigned long srcHeight, int srcStep,
-                                   unsigned long dstWidth, unsigned long dstHeight, int dstStep,
-                                   INTERPOLATION_MODE mode);
-  static unsigned long ResizeRGB32(unsigned char* src, unsigned char* dst, unsigned long* size,
-                                   unsigned long srcWidth, unsigned long srcHeight, int srcStep,
-                                   unsigned long dstWidth, unsigned long dstHeight, int dstStep,
-                                   INTERPOLATION_MODE mode);
-
-  // Plans an instance resize between two fixed sizes (with the trims and
-  // margins of the fixed video rasters), or between two rectangles.
-  unsigned long Initialize(unsigned long srcWidth, unsigned long srcHeight, unsigned long dstWidth,
-                           unsigned long dstHeight, INTERPOLATION_MODE mode);
-  unsigned long InitializeEx(unsigned long srcWidth, unsigned long srcHeight, RECT srcRect,
-                             unsigned long dstWidth, unsigned long dstHeight, RECT dstRect,
-                             INTERPOLATION_MODE mode, bool reserved, bool explicitDstRect);
-  // Run the plan of Initialize or InitializeEx on pictures with the dword-aligned
-  // line of their format (RGB pictures bottom-up).
-  unsigned long ResizeYUY2(unsigned char* src, unsigned char* dst, unsigned long* size);
-  unsigned long ResizeRGB24(unsigned char* src, unsigned char* dst, unsigned long* size);
-  unsigned long ResizeRGB32(unsigned char* src, unsigned char* dst, unsigned long* size);
-
-  // ---- Field operations and de-interlacing --------------------------------
-  //
-  // A memory line is counted from the lowest address, whatever the sign of the
-  // step. `dstSize` bounds every write. All answer 3 for a null picture.
-
-  // Writes the lines of one field, packed, to `dst`. `top` means the field of
-  // the display's first line in either vertical direction.
-  static unsigned long GetFieldYUV420(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                      unsigned long width, unsigned long height, int step,
-                                      bool top);
-  static unsigned long GetFieldYUY2(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                    unsigned long width, unsigned long height, int step, bool top);
-  static unsigned long GetFieldRGB24(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                     unsigned long width, unsigned long height, int step, bool top);
-  static unsigned long GetFieldRGB32(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                     unsigned long width, unsigned long height, int step, bool top);
-  // Interleaves two field pictures, laid out as GetField lays them out.
-  static unsigned long MakeFrameYUV420(unsigned char* topFieldPicture,
-                                       unsigned char* bottomFieldPicture, unsigned char* dst,
-                                       unsigned long dstSize, unsigned long width,
-                                       unsigned long height, int step);
-  static unsigned long MakeFrameYUY2(unsigned char* topFieldPicture,
-                                     unsigned char* bottomFieldPicture, unsigned char* dst,
-                                     unsigned long dstSize, unsigned long width,
-                                     unsigned long height, int step);
-  static unsigned long MakeFrameRGB24(unsigned char* topFieldPicture,
-                                      unsigned char* bottomFieldPicture, unsigned char* dst,
-                                      unsigned long dstSize, unsigned long width,
-                                      unsigned long height, int step);
-  static unsigned long MakeFrameRGB32(unsigned char* topFieldPicture,
-                                      unsigned char* bottomFieldPicture, unsigned char* dst,
-                                      unsigned long dstSize, unsigned long width,
-                                      unsigned long height, int step);
-  // Moves the picture one line down or up, so that its fields change places.
-  // `src` may equal `dst`.
-  static unsigned long FieldSwapYUV420(unsigned char* src, unsigned char* dst,
-                                       unsigned long dstSize, unsigned long width,
-                                       unsigned long height, int step, SCAN_TYPE scan);
-  static unsigned long FieldSwapYUY2(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                     unsigned long width, unsigned long height, int step,
-                                     SCAN_TYPE scan);
-  static unsigned long FieldSwapRGB24(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                      unsigned long width, unsigned long height, int step,
-                                      SCAN_TYPE scan);
-  static unsigned long FieldSwapRGB32(unsigned char* src, unsigned char* dst, unsigned long dstSize,
-                                      unsigned long width, unsigned long height, int step,
-                                      SCAN_TYPE scan);
-  // Makes a frame of one field: by doubling the earlier field's lines, or by
-  // stretching the later field to the full height with a resizer.
-  static unsigned long DeInterlaceYUV420(unsigned char* src, unsigned char* dst,
-                                         unsigned long dstSize, unsigned long width,
-                                         unsigned long height, int step, SCAN_TYPE scan,
-                                         DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
-  static unsigned long DeInterlaceYUY2(unsigned char* src, unsigned char* dst,
-                                       unsigned long dstSize, unsigned long width,
-                                       unsigned long height, int step, SCAN_TYPE scan,
-                                       DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
-  static unsigned long DeInterlaceRGB24(unsigned char* src, unsigned char* dst,
-                                        unsigned long dstSize, unsigned long width,
-                                        unsigned long height, int step, SCAN_TYPE scan,
-                                        DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
-  static unsigned long DeInterlaceRGB32(unsigned char* src, unsigned char* dst,
-                                        unsigned long dstSize, unsigned long width,
-                                        unsigned long height, int step, SCAN_TYPE scan,
-                                        DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
-
   // ---- Format-pair conversions -------------------------------------------
   //
   // One function for each ordered pair of pixel formats that the library
@@ -564,6 +462,116 @@ class ORV_API OrvImage {
                                         unsigned long* dstSize, unsigned long width,
                                         unsigned long height, int srcStep, int dstStep,
                                         bool progressive, COLOR_FORMAT_TYPE dstFormat);
+  // A resize without colour conversion, by format: the YUY2 formats through
+  // ResizeYUY2, the 24-bit RGB formats through ResizeRGB24, the 32-bit RGB
+  // formats and CF_VUYA through ResizeRGB32, the planar formats through
+  // ResizeYUV420. CF_RGBA, CF_YUY2A and unknown values answer 3.
+  static unsigned long Resize(unsigned char* const src, unsigned char* dst, unsigned long* dstSize,
+                              unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                              unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                              COLOR_FORMAT_TYPE format, INTERPOLATION_MODE interpolation);
+
+  // ---- Resizing through the image primitives ------------------------------
+
+  // Resize a picture to another size. `size` is the capacity in, bytes
+  // produced out; a null picture stores the required size and answers 3.
+  // Opposite step signs turn the picture. INTERPOLATION_TAVO uses the own
+  // scaler for YUV420 and YUY2; other modes the primitives.
+  static unsigned long ResizeYUV420(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                    unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                    unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                    INTERPOLATION_MODE mode);
+  static unsigned long ResizeYUY2(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                  unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                  unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                  INTERPOLATION_MODE mode);
+  static unsigned long ResizeRGB24(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                   unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                   unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                   INTERPOLATION_MODE mode);
+  static unsigned long ResizeRGB32(unsigned char* src, unsigned char* dst, unsigned long* size,
+                                   unsigned long srcWidth, unsigned long srcHeight, int srcStep,
+                                   unsigned long dstWidth, unsigned long dstHeight, int dstStep,
+                                   INTERPOLATION_MODE mode);
+
+  // Plans an instance resize between two fixed sizes (with the trims and
+  // margins of the fixed video rasters), or between two rectangles.
+  unsigned long Initialize(unsigned long srcWidth, unsigned long srcHeight, unsigned long dstWidth,
+                           unsigned long dstHeight, INTERPOLATION_MODE mode);
+  unsigned long InitializeEx(unsigned long srcWidth, unsigned long srcHeight, RECT srcRect,
+                             unsigned long dstWidth, unsigned long dstHeight, RECT dstRect,
+                             INTERPOLATION_MODE mode, bool reserved, bool explicitDstRect);
+  // Run the plan of Initialize or InitializeEx on pictures with the dword-aligned
+  // line of their format (RGB pictures bottom-up).
+  unsigned long ResizeYUY2(unsigned char* src, unsigned char* dst, unsigned long* size);
+  unsigned long ResizeRGB24(unsigned char* src, unsigned char* dst, unsigned long* size);
+  unsigned long ResizeRGB32(unsigned char* src, unsigned char* dst, unsigned long* size);
+
+  // ---- Field operations and de-interlacing --------------------------------
+  //
+  // A memory line is counted from the lowest address, whatever the sign of the
+  // step. `dstSize` bounds every write. All answer 3 for a null picture.
+
+  // Writes the lines of one field, packed, to `dst`. `top` means the field of
+  // the display's first line in either vertical direction.
+  static unsigned long GetFieldYUV420(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      bool top);
+  static unsigned long GetFieldYUY2(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                    unsigned long width, unsigned long height, int step, bool top);
+  static unsigned long GetFieldRGB24(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                     unsigned long width, unsigned long height, int step, bool top);
+  static unsigned long GetFieldRGB32(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                     unsigned long width, unsigned long height, int step, bool top);
+  // Interleaves two field pictures, laid out as GetField lays them out.
+  static unsigned long MakeFrameYUV420(unsigned char* topFieldPicture,
+                                       unsigned char* bottomFieldPicture, unsigned char* dst,
+                                       unsigned long dstSize, unsigned long width,
+                                       unsigned long height, int step);
+  static unsigned long MakeFrameYUY2(unsigned char* topFieldPicture,
+                                     unsigned char* bottomFieldPicture, unsigned char* dst,
+                                     unsigned long dstSize, unsigned long width,
+                                     unsigned long height, int step);
+  static unsigned long MakeFrameRGB24(unsigned char* topFieldPicture,
+                                      unsigned char* bottomFieldPicture, unsigned char* dst,
+                                      unsigned long dstSize, unsigned long width,
+                                      unsigned long height, int step);
+  static unsigned long MakeFrameRGB32(unsigned char* topFieldPicture,
+                                      unsigned char* bottomFieldPicture, unsigned char* dst,
+                                      unsigned long dstSize, unsigned long width,
+                                      unsigned long height, int step);
+  // Moves the picture one line down or up, so that its fields change places.
+  // `src` may equal `dst`.
+  static unsigned long FieldSwapYUV420(unsigned char* src, unsigned char* dst,
+                                       unsigned long dstSize, unsigned long width,
+                                       unsigned long height, int step, SCAN_TYPE scan);
+  static unsigned long FieldSwapYUY2(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                     unsigned long width, unsigned long height, int step,
+                                     SCAN_TYPE scan);
+  static unsigned long FieldSwapRGB24(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      SCAN_TYPE scan);
+  static unsigned long FieldSwapRGB32(unsigned char* src, unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      SCAN_TYPE scan);
+  // Makes a frame of one field: by doubling the earlier field's lines, or by
+  // stretching the later field to the full height with a resizer.
+  static unsigned long DeInterlaceYUV420(unsigned char* src, unsigned char* dst,
+                                         unsigned long dstSize, unsigned long width,
+                                         unsigned long height, int step, SCAN_TYPE scan,
+                                         DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+  static unsigned long DeInterlaceYUY2(unsigned char* src, unsigned char* dst,
+                                       unsigned long dstSize, unsigned long width,
+                                       unsigned long height, int step, SCAN_TYPE scan,
+                                       DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+  static unsigned long DeInterlaceRGB24(unsigned char* src, unsigned char* dst,
+                                        unsigned long dstSize, unsigned long width,
+                                        unsigned long height, int step, SCAN_TYPE scan,
+                                        DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
+  static unsigned long DeInterlaceRGB32(unsigned char* src, unsigned char* dst,
+                                        unsigned long dstSize, unsigned long width,
+                                        unsigned long height, int step, SCAN_TYPE scan,
+                                        DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
 
   // ---- Conversion pipeline ------------------------------------------------
   //
@@ -648,50 +656,6 @@ class ORV_API OrvImage {
                                         int dstStep);
 
  private:
-  // Lets the test suite reach the private stages.
-  friend struct OrvImageTestAccess;
-
-  // ---- Resizing through the image primitives (private) --------------------
-  static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor, double* yFactor,
-                              int* srcTrimX, int* dstMarginX, bool* padded);
-  static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
-  static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                              double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
-                              bool sameField);
-  static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                            IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                            double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
-                            FIELD_TYPE field, bool sameField);
-  static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                              double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
-  static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                             IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                             double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
-                             bool sameField);
-  static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
-  static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
-  static void ClearResizeInfo(RESIZE_INFO* info);
-
-  // ---- Flat-band search of the mask copy (private) ------------------------
-  // One robust colour for each of two lines, from ten samples.
-  static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                  unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                 unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                 unsigned char& color1, unsigned char& color2);
-  // Updates the walk of the mask copy down a picture by one pair of lines.
-  static void CheckChangeLine(unsigned char* line, unsigned char* dstLine, unsigned long width,
-                              unsigned long height, int step, unsigned long lineNo,
-                              unsigned long sum1, unsigned long sum2, unsigned char color1,
-                              unsigned char color2, unsigned char prevColor, bool& inBand,
-                              bool& pastTop, unsigned char** src1, unsigned char** src2,
-                              unsigned char** dst1, unsigned char** dst2);
-
   // The library's own code (and its tests) reach the private conversions
   // through this door.
   friend struct orv::image::ConversionAccess;
@@ -741,6 +705,50 @@ class ORV_API OrvImage {
                                             unsigned long width, unsigned long height, int srcStep,
                                             int dstStep, bool progressive,
                                             orv::ColorSpaceConverter* converter);
+
+  // Lets the test suite reach the private stages.
+  friend struct OrvImageTestAccess;
+
+  // ---- Resizing through the image primitives (private) --------------------
+  static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor, double* yFactor,
+                              int* srcTrimX, int* dstMarginX, bool* padded);
+  static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
+  static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
+                              double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
+                              bool sameField);
+  static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                            IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
+                            double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
+                            FIELD_TYPE field, bool sameField);
+  static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
+                              double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
+  static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
+                             IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
+                             double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
+                             bool sameField);
+  static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
+  static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
+  static void ClearResizeInfo(RESIZE_INFO* info);
+
+  // ---- Flat-band search of the mask copy (private) ------------------------
+  // One robust colour for each of two lines, from ten samples.
+  static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2, unsigned long width,
+                                  unsigned char& color1, unsigned char& color2);
+  static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2, unsigned long width,
+                                unsigned char& color1, unsigned char& color2);
+  static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2, unsigned long width,
+                                 unsigned char& color1, unsigned char& color2);
+  static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2, unsigned long width,
+                                 unsigned char& color1, unsigned char& color2);
+  // Updates the walk of the mask copy down a picture by one pair of lines.
+  static void CheckChangeLine(unsigned char* line, unsigned char* dstLine, unsigned long width,
+                              unsigned long height, int step, unsigned long lineNo,
+                              unsigned long sum1, unsigned long sum2, unsigned char color1,
+                              unsigned char color2, unsigned char prevColor, bool& inBand,
+                              bool& pastTop, unsigned char** src1, unsigned char** src2,
+                              unsigned char** dst1, unsigned char** dst2);
 
   // ---- Conversion pipeline (private) --------------------------------------
   // True when a resize is needed (always when keepAspect asks for bars);
