@@ -751,51 +751,62 @@ class ORV_API OrvImage {
                               unsigned char** dst1, unsigned char** dst2);
 
   // ---- Conversion pipeline (private) --------------------------------------
+  // Hidden: not part of the library's exported interface.
   // True when a resize is needed (always when keepAspect asks for bars);
   // fills the factors, trims and margins of `info`.
-  static bool GetResizeFactorEx(PICTURE_INFO* src, PICTURE_INFO* dst, bool keepAspect,
-                                CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static bool GetResizeFactorEx(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                                              bool keepAspect, CONVERT_INFO* info);
   // Decides the scan stage; may change resizeKind. 3 when a de-interlace
   // mode that the scan stage has no use for is asked for.
-  static unsigned long CheckInterlaceConv(PICTURE_INFO* src, PICTURE_INFO* dst,
-                                          DEINTERLACE_MODE deinterlace, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static unsigned long CheckInterlaceConv(
+      PICTURE_INFO* src, PICTURE_INFO* dst, DEINTERLACE_MODE deinterlace, CONVERT_INFO* info);
   // Whether a plan serves the format pair; the step and size of the picture
   // the colour stage makes (destination format at the source's size).
-  static bool CheckSupportColorConv(PICTURE_INFO* src, PICTURE_INFO* dst, unsigned long* step,
-                                    unsigned long* size);
+  [[gnu::visibility("hidden")]] static bool CheckSupportColorConv(PICTURE_INFO* src,
+                                                                  PICTURE_INFO* dst,
+                                                                  unsigned long* step,
+                                                                  unsigned long* size);
   // True when the field swap must run on the source before the colour stage.
-  static bool CheckNeedPreFieldSwap(PICTURE_INFO* src, PICTURE_INFO* dst, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static bool CheckNeedPreFieldSwap(PICTURE_INFO* src,
+                                                                  PICTURE_INFO* dst,
+                                                                  CONVERT_INFO* info);
   // Frees everything a plan owns and zeroes it; null is accepted.
-  static void ClearConvertInfo(CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static void ClearConvertInfo(CONVERT_INFO* info);
   // The stages of a plan after the shortcut for a plan without resize or
   // scan stage, shared by both Convert forms. In place, a source step above
   // `alphaStepLimit` makes the alpha of a CF_YUY2A destination go last.
-  static unsigned long RunConvertStages(unsigned char* src, unsigned char* dst,
-                                        PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-                                        CONVERT_MODE* mode, CONVERT_INFO* info, int alphaStepLimit,
-                                        std::vector<OrvMemory*>* work,
-                                        orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long RunConvertStages(
+      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+      CONVERT_MODE* mode, CONVERT_INFO* info, int alphaStepLimit, std::vector<OrvMemory*>* work,
+      orv::ColorSpaceConverter* converter);
 
   // ---- Pipeline stages (private) ------------------------------------------
   // Bring a picture already in the destination's format (at the source's
   // size, step magnitude info->srcStep, direction of srcInfo->step) to the
   // destination's size, direction and scan type. `src` may equal `dst`.
-  static unsigned long ConvertYUV420(unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo,
-                                     PICTURE_INFO* dstInfo, CONVERT_MODE* mode, CONVERT_INFO* info);
-  static unsigned long ConvertYUY2(unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo,
-                                   PICTURE_INFO* dstInfo, CONVERT_MODE* mode, CONVERT_INFO* info);
-  static unsigned long ConvertRGB24(unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo,
-                                    PICTURE_INFO* dstInfo, CONVERT_MODE* mode, CONVERT_INFO* info);
-  static unsigned long ConvertRGB32(unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo,
-                                    PICTURE_INFO* dstInfo, CONVERT_MODE* mode, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static unsigned long ConvertYUV420(
+      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+      CONVERT_MODE* mode, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static unsigned long ConvertYUY2(
+      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+      CONVERT_MODE* mode, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static unsigned long ConvertRGB24(
+      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+      CONVERT_MODE* mode, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static unsigned long ConvertRGB32(
+      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+      CONVERT_MODE* mode, CONVERT_INFO* info);
   // The whole pipeline for the alpha plane of a CF_YUY2A destination.
-  static unsigned long SetAlphaYUY2A(unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo,
-                                     PICTURE_INFO* dstInfo, CONVERT_MODE* mode, CONVERT_INFO* info);
+  [[gnu::visibility("hidden")]] static unsigned long SetAlphaYUY2A(
+      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+      CONVERT_MODE* mode, CONVERT_INFO* info);
   // Nearest-neighbour resize of packed pixels, never reading past the
   // source's last line or pixel. Steps are magnitudes. False for bad input.
-  static bool NearestResize(int bitsPerPixel, const unsigned char* src, int srcWidth, int srcHeight,
-                            int srcStep, unsigned char* dst, int dstWidth, int dstHeight,
-                            int dstStep);
+  [[gnu::visibility("hidden")]] static bool NearestResize(int bitsPerPixel,
+                                                          const unsigned char* src, int srcWidth,
+                                                          int srcHeight, int srcStep,
+                                                          unsigned char* dst, int dstWidth,
+                                                          int dstHeight, int dstStep);
 
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;
