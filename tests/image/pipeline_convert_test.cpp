@@ -530,3 +530,24 @@ TEST(PipelineConvert, NearestResizePicksAndStaysInside) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(PipelineConvert, ReductionFrom420IntoRgbResizesFirst) {
+  // A progressive 4:2:0 reduction into RGB is the 4:2:0 resize followed by
+  // the colour conversion at the destination's size, byte for byte.
+  for (auto f : {OI::CF_RGB32, OI::CF_RGB24, OI::CF_RGBA}) {
+    SCOPED_TRACE(f);
+    Picture s(OI::CF_YUV420, 96, 72);
+    s.FillRandom(77);
+    Picture d(f, 40, 30);
+    ASSERT_EQ(RunPlan(s, d, Mode(OI::INTERPOLATION_CUBIC)), 0u);
+    Picture small(OI::CF_YUV420, 40, 30, kP, 48);  // the step the pipeline uses
+    ASSERT_EQ(RunStatic(s, small, Mode(OI::INTERPOLATION_CUBIC)), 0u);
+    Picture byHand(f, 40, 30);
+    ASSERT_EQ(RunStatic(small, byHand, Mode(OI::INTERPOLATION_CUBIC)), 0u);
+    EXPECT_EQ(d.Bytes(), byHand.Bytes());
+  }
+}
+
+}  // namespace
