@@ -42,14 +42,29 @@
 
 namespace orv {
 
-#define ORV_C420TORGB_OPS(X)                                                              \
-  X(ToRGB555)                                                                             \
-  X(ToRGB555Interlaced)                                                                   \
-  X(ToRGB555Field)                                                                        \
-  X(ToRGB565) X(ToRGB565Interlaced) X(ToRGB565Field) X(ToRGB24) X(ToRGB24Interlaced)      \
-      X(ToRGB24Field) X(ToRGB32) X(ToRGB32Interlaced) X(ToRGB32Field) X(To0RGB)           \
-          X(To0RGBInterlaced) X(To0RGBField) X(ToRGBA) X(ToRGBAInterlaced) X(ToRGBAField) \
-              X(ToRGB32ShiftUp) X(ToRGB32ShiftDown)
+// clang-format off
+#define ORV_C420TORGB_OPS(X) \
+  X(ToRGB555) \
+  X(ToRGB555Interlaced) \
+  X(ToRGB555Field) \
+  X(ToRGB565) \
+  X(ToRGB565Interlaced) \
+  X(ToRGB565Field) \
+  X(ToRGB24) \
+  X(ToRGB24Interlaced) \
+  X(ToRGB24Field) \
+  X(ToRGB32) \
+  X(ToRGB32Interlaced) \
+  X(ToRGB32Field) \
+  X(To0RGB) \
+  X(To0RGBInterlaced) \
+  X(To0RGBField) \
+  X(ToRGBA) \
+  X(ToRGBAInterlaced) \
+  X(ToRGBAField) \
+  X(ToRGB32ShiftUp) \
+  X(ToRGB32ShiftDown)
+// clang-format on
 
 #define ORV_C420TORGB_DECLARE(Name)                                                         \
   virtual uint32_t Name(const uint8_t* y, const uint8_t* u, const uint8_t* v, uint8_t* dst, \

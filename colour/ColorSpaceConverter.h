@@ -156,6 +156,11 @@ class ColorSpaceConverter {
 
   // Planar 4:2:0 to I420, YV12, YUY2 or RGB. RGB is written bottom-up. `bt709`
   // 1 asks for the BT.709 matrix; 0 lets the height decide (above 720 lines).
+  // A destination code that is none of the CSC_ codes answers false with
+  // `size` untouched; a source other than CSC_I420 answers false after `size`
+  // was set. The RGB walks need an even width and height (a multiple of 4, at
+  // least 8, when interlaced); chromaPitch must be at least yPitch / 2, as the
+  // RGB kernels read chroma lines yPitch / 2 apart.
   bool ConvertFromYUV420(const uint8_t* srcY, const uint8_t* srcU, const uint8_t* srcV,
                          uint32_t yPitch, uint32_t chromaPitch, uint32_t width, uint32_t height,
                          uint32_t srcFormat, uint32_t scan, uint32_t bt709, uint8_t* dst,

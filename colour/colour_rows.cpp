@@ -214,6 +214,7 @@ const RgbRows& PlainRgbRows() { return kPlainRgb; }
 
 const PlanarRows& GetPlanarRows(SimdLevel level) {
 #if ORV_X86_SIMD
+  if (level >= SimdLevel::kAvx512) return Avx512PlanarRows();
   if (level >= SimdLevel::kAvx2) return Avx2PlanarRows();
   if (level >= SimdLevel::kSse2) return Sse2PlanarRows();
 #else

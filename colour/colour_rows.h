@@ -116,6 +116,8 @@ const PlanarRows& Avx2PlanarRows();
 const RgbRows& Avx2RgbRows();
 // The general route's terms, filter and 32-bit pixels; the rest as AVX2.
 const RgbRows& Avx512RgbRows();
+// The one-pass RGB to 4:2:0 rows; the rest as AVX2.
+const PlanarRows& Avx512PlanarRows();
 #endif
 
 }  // namespace colour

@@ -247,7 +247,112 @@ void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t*
   }
 }
 
+// ----- packed RGB to planar: one pass over two lines -------------------------
+
+// B and G of 16 pixels as words, per quarter [B0-3 | G0-3], and R as [R0-3 | 0].
+template <int kBpp>
+inline void SplitWords(const uint8_t* p, __m512i* bg, __m512i* r) {
+  __m512i v = LoadU(p);
+  if (kBpp == 3)  // quarter k takes the 12 bytes of pixels 4k .. 4k+3
+    v = _mm512_permutexvar_epi32(
+        _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12), v);
+  const int s = kBpp;
+  const __m512i mbg = _mm512_broadcast_i32x4(_mm_setr_epi8(
+      0, -1, s, -1, 2 * s, -1, 3 * s, -1, 1, -1, s + 1, -1, 2 * s + 1, -1, 3 * s + 1, -1));
+  const __m512i mr = _mm512_broadcast_i32x4(_mm_setr_epi8(
+      2, -1, s + 2, -1, 2 * s + 2, -1, 3 * s + 2, -1, -1, -1, -1, -1, -1, -1, -1, -1));
+  *bg = _mm512_shuffle_epi8(v, mbg);
+  *r = _mm512_shuffle_epi8(v, mr);
+}
+
+inline __m512i Luma32(__m512i b, __m512i g, __m512i r, const PlanarCoefs& c) {
+  const __m512i tb = _mm512_mulhi_epi16(_mm512_slli_epi16(b, 6), Set16(c.bToY));
+  const __m512i tg = _mm512_mulhi_epi16(_mm512_slli_epi16(g, 6), Set16(c.gToY));
+  const __m512i tr = _mm512_mulhi_epi16(_mm512_slli_epi16(r, 6), Set16(c.rToY));
+  const __m512i sum = _mm512_srai_epi16(
+      _mm512_add_epi16(_mm512_add_epi16(tb, tg), _mm512_add_epi16(tr, Set16(4))), 3);
+  return _mm512_adds_epi16(sum, Set16(c.black));
+}
+
+// Luma of 64 pixels into y; the words of their 32 left pixels into eb, eg, er.
+// Word 8q + t of the even words holds pair 8 (t / 2) + 2q + t % 2.
+template <int kBpp>
+inline void LumaAndEven(const uint8_t* p, uint8_t* y, const PlanarCoefs& c, __m512i* eb,
+                        __m512i* eg, __m512i* er) {
+  const __m512i evenWords = _mm512_set1_epi32(0xFFFF);
+  __m512i bg[4], r[4];
+  for (int k = 0; k < 4; ++k) SplitWords<kBpp>(p + 16 * k * kBpp, &bg[k], &r[k]);
+  __m512i lumas[2], B[2], G[2], R[2];
+  for (int h = 0; h < 2; ++h) {
+    B[h] = _mm512_unpacklo_epi64(bg[2 * h], bg[2 * h + 1]);
+    G[h] = _mm512_unpackhi_epi64(bg[2 * h], bg[2 * h + 1]);
+    R[h] = _mm512_unpacklo_epi64(r[2 * h], r[2 * h + 1]);
+    lumas[h] = Luma32(B[h], G[h], R[h], c);
+  }
+  // Dword 4q + j of the pack holds pixels 4 (4j + q) .. +3.
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  StoreU(y, _mm512_permutexvar_epi32(order, _mm512_packus_epi16(lumas[0], lumas[1])));
+  *eb = _mm512_packs_epi32(_mm512_and_si512(B[0], evenWords), _mm512_and_si512(B[1], evenWords));
+  *eg = _mm512_packs_epi32(_mm512_and_si512(G[0], evenWords), _mm512_and_si512(G[1], evenWords));
+  *er = _mm512_packs_epi32(_mm512_and_si512(R[0], evenWords), _mm512_and_si512(R[1], evenWords));
+}
+
+inline __m512i Chroma32(__m512i sb, __m512i sg, __m512i sr, int cb, int cg, int cr) {
+  const __m512i sum = _mm512_add_epi16(
+      _mm512_add_epi16(_mm512_mulhi_epi16(sb, Set16(cb)), _mm512_mulhi_epi16(sg, Set16(cg))),
+      _mm512_add_epi16(_mm512_mulhi_epi16(sr, Set16(cr)), Set16(8)));
+  return _mm512_add_epi16(_mm512_srai_epi16(sum, 4), Set16(128));
+}
+
+// 32 chroma words in the even-word order above to 32 clamped bytes in pair order.
+inline __m256i PairsToBytes(__m512i words) {
+  alignas(64) static const int16_t kOrder[32] = {0,  1,  8,  9,  16, 17, 24, 25, 2,  3,  10,
+                                                 11, 18, 19, 26, 27, 4,  5,  12, 13, 20, 21,
+                                                 28, 29, 6,  7,  14, 15, 22, 23, 30, 31};
+  const __m512i order = _mm512_load_si512(kOrder);
+  const __m512i clamped =
+      _mm512_max_epi16(_mm512_min_epi16(words, Set16(255)), _mm512_setzero_si512());
+  return _mm512_cvtepi16_epi8(_mm512_permutexvar_epi16(order, clamped));
+}
+
+template <int kBpp>
+void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* ya, uint8_t* yb,
+              uint8_t* u, uint8_t* v, const PlanarCoefs& c) {
+  int j = 0;
+  // 3-byte pixels: the last 64-byte load reads 16 bytes past its pixels.
+  for (; j + 32 + (kBpp == 3 ? 3 : 0) <= pairs; j += 32) {
+    __m512i ab, ag, ar, bb, bg, br;
+    LumaAndEven<kBpp>(a + 2 * j * kBpp, ya + 2 * j, c, &ab, &ag, &ar);
+    LumaAndEven<kBpp>(b + 2 * j * kBpp, yb + 2 * j, c, &bb, &bg, &br);
+    auto s = [field](__m512i x, __m512i y) {
+      return field ? _mm512_slli_epi16(
+                         _mm512_add_epi16(_mm512_add_epi16(x, _mm512_add_epi16(x, x)), y), 5)
+                   : _mm512_slli_epi16(_mm512_add_epi16(x, y), 6);
+    };
+    const __m512i sb = s(ab, bb), sg = s(ag, bg), sr = s(ar, br);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(u + j),
+                        PairsToBytes(Chroma32(sb, sg, sr, c.bToU, c.gToU, c.rToU)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(v + j),
+                        PairsToBytes(Chroma32(sb, sg, sr, c.bToV, c.gToV, c.rToV)));
+  }
+  if (j < pairs) {
+    const PlanarRows& next = Avx2PlanarRows();
+    (kBpp == 3 ? next.rgb24ToYUV : next.rgb32ToYUV)(a + 2 * j * kBpp, b + 2 * j * kBpp, pairs - j,
+                                                    field, ya + 2 * j, yb + 2 * j, u + j, v + j, c);
+  }
+}
+
 }  // namespace
+
+const PlanarRows& Avx512PlanarRows() {
+  static const PlanarRows rows = [] {
+    PlanarRows r = Avx2PlanarRows();
+    r.rgb24ToYUV = RgbToYUV<3>;
+    r.rgb32ToYUV = RgbToYUV<4>;
+    return r;
+  }();
+  return rows;
+}
 
 const RgbRows& Avx512RgbRows() {
   static const RgbRows rows = {Terms, Filter, Pixels, Route24, Avx2RgbRows().lineMean};

@@ -18,4 +18,13 @@
 #define ORV_API __attribute__((visibility("default")))
 #endif
 
+// Members of an exported class that only the library itself calls (private
+// stages whose signatures name internal types) stay out of the shared
+// library's symbol table.
+#if defined(_WIN32) || defined(ORV_STATIC_INTERNAL)
+#define ORV_HIDDEN
+#else
+#define ORV_HIDDEN __attribute__((visibility("hidden")))
+#endif
+
 #endif  // ORV_EXPORT_H_

@@ -710,45 +710,51 @@ class ORV_API OrvImage {
   friend struct OrvImageTestAccess;
 
   // ---- Resizing through the image primitives (private) --------------------
-  static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor, double* yFactor,
-                              int* srcTrimX, int* dstMarginX, bool* padded);
-  static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
-  static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                              double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
-                              bool sameField);
-  static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                            IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                            double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
-                            FIELD_TYPE field, bool sameField);
-  static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                              IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                              double yFactor, INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
-  static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep, int dstStep,
-                             IppiSize srcSize, IppiSize dstSize, IppiRect srcRect, double xFactor,
-                             double yFactor, INTERPOLATION_MODE mode, FIELD_TYPE field,
-                             bool sameField);
-  static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
-  static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
-  static void ClearResizeInfo(RESIZE_INFO* info);
+  ORV_HIDDEN static bool GetResizeFactor(IppiSize src, IppiSize dst, double* xFactor,
+                                         double* yFactor, int* srcTrimX, int* dstMarginX,
+                                         bool* padded);
+  ORV_HIDDEN static int GetInterpolation(INTERPOLATION_MODE mode, double xFactor, double yFactor);
+  ORV_HIDDEN static bool IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcStep,
+                                         int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                         IppiRect srcRect, double xFactor, double yFactor,
+                                         INTERPOLATION_MODE mode, FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool IppResizeYUY2(unsigned char* src, unsigned char* dst, int srcStep,
+                                       int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                       IppiRect srcRect, double xFactor, double yFactor,
+                                       INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp,
+                                       FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool IppResizeYUY2Ex(unsigned char* src, unsigned char* dst, int srcStep,
+                                         int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                         IppiRect srcRect, double xFactor, double yFactor,
+                                         INTERPOLATION_MODE mode, TEMP_PLANAR_FORMAT* temp);
+  ORV_HIDDEN static bool IppResizePlane(unsigned char* src, unsigned char* dst, int srcStep,
+                                        int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                        IppiRect srcRect, double xFactor, double yFactor,
+                                        INTERPOLATION_MODE mode, FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool AllocateTempBuffer(TEMP_PLANAR_FORMAT* temp, IppiSize src, IppiSize dst);
+  ORV_HIDDEN static void ReleaseTempBuffer(TEMP_PLANAR_FORMAT* temp);
+  ORV_HIDDEN static void ClearResizeInfo(RESIZE_INFO* info);
 
   // ---- Flat-band search of the mask copy (private) ------------------------
   // One robust colour for each of two lines, from ten samples.
-  static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                  unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                 unsigned char& color1, unsigned char& color2);
-  static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2, unsigned long width,
-                                 unsigned char& color1, unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorYUV420(unsigned char* line1, unsigned char* line2,
+                                             unsigned long width, unsigned char& color1,
+                                             unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorYUY2(unsigned char* line1, unsigned char* line2,
+                                           unsigned long width, unsigned char& color1,
+                                           unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorRGB24(unsigned char* line1, unsigned char* line2,
+                                            unsigned long width, unsigned char& color1,
+                                            unsigned char& color2);
+  ORV_HIDDEN static void GetCheckColorRGB32(unsigned char* line1, unsigned char* line2,
+                                            unsigned long width, unsigned char& color1,
+                                            unsigned char& color2);
   // Updates the walk of the mask copy down a picture by one pair of lines.
-  static void CheckChangeLine(unsigned char* line, unsigned char* dstLine, unsigned long width,
-                              unsigned long height, int step, unsigned long lineNo,
-                              unsigned long sum1, unsigned long sum2, unsigned char color1,
-                              unsigned char color2, unsigned char prevColor, bool& inBand,
-                              bool& pastTop, unsigned char** src1, unsigned char** src2,
-                              unsigned char** dst1, unsigned char** dst2);
+  ORV_HIDDEN static void CheckChangeLine(
+      unsigned char* line, unsigned char* dstLine, unsigned long width, unsigned long height,
+      int step, unsigned long lineNo, unsigned long sum1, unsigned long sum2, unsigned char color1,
+      unsigned char color2, unsigned char prevColor, bool& inBand, bool& pastTop,
+      unsigned char** src1, unsigned char** src2, unsigned char** dst1, unsigned char** dst2);
 
   // ---- Conversion pipeline (private) --------------------------------------
   // Hidden: not part of the library's exported interface.

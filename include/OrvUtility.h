@@ -26,4 +26,7 @@
 #include <COrvFile.h>
 #include <IOrvFile.h>
 
+// Audio
+#include <OrvAudioConverter.h>
+
 #endif  // ORV_UTILITY_H_

@@ -2,7 +2,7 @@
 # Installs the peer libraries that the benchmarks measure side by side with ours.
 # The library itself never links them.
 set -euo pipefail
-pkgs=(libyuv-dev libswscale-dev libavutil-dev libzimg-dev libsoxr-dev libsamplerate0-dev)
+pkgs=(libyuv-dev libswscale-dev libavutil-dev libzimg-dev libsoxr-dev libsamplerate0-dev libspeexdsp-dev)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <typeinfo>
 #include <vector>
@@ -349,6 +350,46 @@ TEST(ColorKernelSet, TopDownFlagMirrorsRgbOutput) {
             1);
   for (int l = 0; l < 4; ++l)
     EXPECT_EQ(0, memcmp(up.data() + l * 32, down.data() + (3 - l) * 32, 32));
+}
+
+}  // namespace
+}  // namespace orv
+
+namespace orv {
+namespace {
+
+// YUY2 output comes from the Cto420 form that the flags chose: the processor
+// form rounds its chroma filter, the plain form truncates.
+TEST(ColorSpaceConverter, Yuy2OutputFollowsTheChosenForm) {
+  Picture420 p(32, 8, 32, 9);
+  for (uint32_t flags : {uint32_t{CPU_SSE2 | CPU_MMX}, uint32_t{0x1}}) {
+    for (uint32_t scan : {CSC_SCAN_PROGRESSIVE, CSC_SCAN_INTERLACED}) {
+      ColorSpaceConverter c;
+      ASSERT_TRUE(c.Initialize(flags, DetectSimdLevel()));
+      std::vector<uint8_t> d(64 * 8), ref(64 * 8);
+      uint32_t size = static_cast<uint32_t>(d.size());
+      ASSERT_TRUE(c.ConvertFromYUV420(p.Y(), p.U(), p.V(), 32, 16, 32, 8, CSC_I420, scan, 0,
+                                      d.data(), 64, CSC_YUY2, &size));
+      std::unique_ptr<Cto420> k;
+      if (flags & CPU_SSE2)
+        k = std::make_unique<Cto420_MMX>(1, 0, SimdLevel::kPlain);
+      else
+        k = std::make_unique<Cto420>(1, 0);
+      if (scan == CSC_SCAN_PROGRESSIVE)
+        k->YUV420ToYUY2Frame(p.Y(), 32, p.U(), 16, p.V(), 16, 32, 8, ref.data(), 64);
+      else
+        k->YUV420ToYUY2Field(p.Y(), 32, p.U(), 16, p.V(), 16, 32, 8, ref.data(), 64);
+      EXPECT_EQ(d, ref) << flags << " " << scan;
+      // The two forms really differ on this picture.
+      Cto420 plain(1, 0);
+      std::vector<uint8_t> other(d.size());
+      if (scan == CSC_SCAN_PROGRESSIVE)
+        plain.YUV420ToYUY2Frame(p.Y(), 32, p.U(), 16, p.V(), 16, 32, 8, other.data(), 64);
+      else
+        plain.YUV420ToYUY2Field(p.Y(), 32, p.U(), 16, p.V(), 16, 32, 8, other.data(), 64);
+      EXPECT_EQ(d == other, (flags & CPU_SSE2) == 0);
+    }
+  }
 }
 
 }  // namespace

@@ -299,7 +299,7 @@ TEST(BitmapExpand, FourAndEightBitWithStepSignsTurning) {
   EXPECT_EQ(dst[12 + 3], 2);
   EXPECT_EQ(dst[12 + 6], 3);
   EXPECT_EQ(dst[0], 4);
-  EXPECT_EQ(dst[7], 5 + 16);
+  EXPECT_EQ(dst[4], 5 + 16);
   EXPECT_EQ(dst[8], 6 + 32);
 
   bmp.header.biBitCount = 8;
