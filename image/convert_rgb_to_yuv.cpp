@@ -172,6 +172,40 @@ unsigned long OrvImage::TavoShiftedStraightRGB32ToYUV420(unsigned char* const sr
                               srcStep, dstStep, progressive, converter);
 }
 
+// The exported forms, with a converter made for the call.
+
+unsigned long OrvImage::RGB24ToYUV420(unsigned char* const src, unsigned char* dst,
+                                      unsigned long* dstSize, unsigned long width,
+                                      unsigned long height, int srcStep, int dstStep,
+                                      bool progressive) {
+  return RGB24ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep, progressive, nullptr);
+}
+
+unsigned long OrvImage::RGB32ToYUV420(unsigned char* const src, unsigned char* dst,
+                                      unsigned long* dstSize, unsigned long width,
+                                      unsigned long height, int srcStep, int dstStep,
+                                      bool progressive) {
+  return RGB32ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep, progressive, nullptr);
+}
+
+unsigned long OrvImage::TavoShiftedStraightRGB24ToYUV420(unsigned char* const src,
+                                                         unsigned char* dst, unsigned long* dstSize,
+                                                         unsigned long width, unsigned long height,
+                                                         int srcStep, int dstStep,
+                                                         bool progressive) {
+  return TavoShiftedStraightRGB24ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep,
+                                          progressive, nullptr);
+}
+
+unsigned long OrvImage::TavoShiftedStraightRGB32ToYUV420(unsigned char* const src,
+                                                         unsigned char* dst, unsigned long* dstSize,
+                                                         unsigned long width, unsigned long height,
+                                                         int srcStep, int dstStep,
+                                                         bool progressive) {
+  return TavoShiftedStraightRGB32ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep,
+                                          progressive, nullptr);
+}
+
 // ---- Into CF_YV12 --------------------------------------------------------------
 
 unsigned long OrvImage::RGB24ToYV12(unsigned char* const src, unsigned char* dst,

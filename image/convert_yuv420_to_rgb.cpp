@@ -3,6 +3,8 @@
 #include <OrvImage.h>
 #include <OrvMemory.h>
 
+#include <algorithm>
+
 #include "image/convert_frame.h"
 
 namespace orv {
@@ -53,25 +55,53 @@ int BgrFields(const Source420& s, Ipp8u* dst, int dstStep, int width, int height
   return run0 + run1;
 }
 
-// A B G R work picture of the whole frame, with what the field runs leave out
-// cleared to black.
-void BgrWork(const Frame& f, const Source420& s, bool progressive, IppPicture* work) {
-  work->Allocate8u(3, f.width, f.height);
-  if (BgrFields(s, work->data(), work->step(), f.width, f.height, progressive) < f.height) {
-    OrvMemory::ZeroClear(work->data(), static_cast<unsigned int>(work->step()) * f.height);
-    BgrFields(s, work->data(), work->step(), f.width, f.height, progressive);
+// Lines of the work picture of the 32-bit conversions: the picture is made
+// in bands of this many lines, so that the work picture stays in cache. A
+// multiple of 4, so that every band starts on a chroma line of both fields
+// and the bytes are those of one pass over the whole frame.
+constexpr int kBandLines = 32;
+
+// One band of B G R lines: frame lines y0 .. y0 + lines - 1 into `work`.
+// Lines that the field runs leave out (the last line of an odd height) are
+// black.
+void BgrBand(const Source420& s, int y0, int lines, int height, bool progressive, Ipp8u* work,
+             int workStep, int width) {
+  const Source420 band = {s.y + static_cast<int64_t>(y0) * s.yStep,
+                          s.cb + static_cast<int64_t>(y0 / 2) * s.cStep,
+                          s.cr + static_cast<int64_t>(y0 / 2) * s.cStep, s.yStep, s.cStep};
+  if (progressive) {
+    BgrRun(band, 0, 1, lines, work, workStep, width);
+    return;
   }
-  if (f.flip) MirrorInPlace(3, work->data(), work->step(), {f.width, f.height});
+  // Field lines of this band: those of each run below H/2.
+  const int fieldLines =
+      std::max(0, std::min(lines / 2 + (lines & 1), FieldRunLines420(height, 0) - y0 / 2));
+  if (2 * fieldLines < lines) {
+    OrvMemory::ZeroClear(work, static_cast<unsigned int>(workStep) * lines);
+  }
+  BgrRun(band, 0, 2, fieldLines, work, workStep, width);
+  BgrRun(band, 1, 2, std::min(fieldLines, lines / 2), work + workStep, workStep, width);
 }
 
-// YUV420ToRGB32 and its alpha kin: work picture, then into 32-bit pixels with
-// a fixed fourth byte.
+// YUV420ToRGB32 and its alpha kin: B G R in a work picture, turned when the
+// picture turns, then into 32-bit pixels with a fixed fourth byte.
 void ToBgrx(const Frame& f, bool yv12, bool progressive, Ipp8u fourth) {
+  const Source420 s = SourcePlanes(f, yv12);
   IppPicture work;
-  BgrWork(f, SourcePlanes(f, yv12), progressive, &work);
-  const IppiSize size = {f.width, f.height};
-  CheckPrimitive(ipp::ippiCopy_8u_C3AC4R(work.data(), work.step(), f.dst, f.dstStep, size));
-  CheckPrimitive(ipp::ippiSet_8u_C4CR(fourth, f.dst + 3, f.dstStep, size));
+  work.Allocate8u(3, f.width, std::min(kBandLines, f.height));
+  for (int y0 = 0; y0 < f.height; y0 += kBandLines) {
+    const int lines = std::min(kBandLines, f.height - y0);
+    const IppiSize size = {f.width, lines};
+    BgrBand(s, y0, lines, f.height, progressive, work.data(), work.step(), f.width);
+    int64_t target = y0;
+    if (f.flip) {
+      MirrorInPlace(3, work.data(), work.step(), size);
+      target = f.height - y0 - lines;
+    }
+    Ipp8u* out = f.dst + target * f.dstStep;
+    CheckPrimitive(ipp::ippiCopy_8u_C3AC4R(work.data(), work.step(), out, f.dstStep, size));
+    CheckPrimitive(ipp::ippiSet_8u_C4CR(fourth, out + 3, f.dstStep, size));
+  }
 }
 
 }  // namespace

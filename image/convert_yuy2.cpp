@@ -12,26 +12,42 @@ namespace orv {
 namespace image {
 namespace {
 
-// YUY2 to planes R, G, B (studio range to full range), each mirrored when the
-// picture turns. Planes 0..2 of `planes` receive R, G, B.
-void Yuy2ToRgbPlanes(const Frame& f, const WorkPlanes& planes) {
-  const IppiSize size = {f.width, f.height};
-  Ipp8u* rgb[3] = {planes.plane(0), planes.plane(1), planes.plane(2)};
-  CheckPrimitive(ipp::ippiYCbCr422ToRGB_8u_C2P3R(f.src, f.srcStep, rgb, planes.step(), size));
-  if (f.flip) {
-    for (Ipp8u* plane : rgb) MirrorInPlace(1, plane, planes.step(), size);
-  }
-}
+// The 32-bit conversions make their planes in bands of this many lines, so
+// that the work planes stay in cache; each line is converted on its own, so
+// the bytes are those of one pass over the whole frame.
+constexpr int kBandLines = 32;
 
-// CCIR601YUY2ToRGB32 and CCIR601YUY2ToRGBA: planes, then B G R and a fixed
-// fourth byte.
-void Yuy2ToBgrx(const Frame& f, Ipp8u fourth) {
-  const IppiSize size = {f.width, f.height};
-  WorkPlanes planes(4, f.width, f.height);
-  Yuy2ToRgbPlanes(f, planes);
-  FillPlane(fourth, planes.plane(3), planes.step(), size);
-  Ipp8u* const bgrx[4] = {planes.plane(2), planes.plane(1), planes.plane(0), planes.plane(3)};
-  JoinPlanes4(bgrx, planes.step(), f.dst, f.dstStep, size);
+// YUY2 (studio range) to 32-bit B G R with a fourth byte: `fourth` for every
+// pixel, or with `alpha` the source's alpha plane (step `alphaStep`). Each
+// band goes through planes R, G, B and the fourth, turned with the picture
+// when the steps' signs differ, and is joined into its place in `dst`.
+void Yuy2ToBgrx(const Frame& f, Ipp8u fourth, const Ipp8u* alpha, int alphaStep) {
+  const int band = std::min(kBandLines, f.height);
+  WorkPlanes planes(4, f.width, band);
+  const int step = planes.step();
+  Ipp8u* rgb[3] = {planes.plane(0), planes.plane(1), planes.plane(2)};
+  Ipp8u* const bgrx[4] = {rgb[2], rgb[1], rgb[0], planes.plane(3)};
+  if (alpha == nullptr) FillPlane(fourth, planes.plane(3), step, {f.width, band});
+  for (int y0 = 0; y0 < f.height; y0 += band) {
+    const int lines = std::min(band, f.height - y0);
+    const IppiSize size = {f.width, lines};
+    CheckPrimitive(ipp::ippiYCbCr422ToRGB_8u_C2P3R(f.src + static_cast<int64_t>(y0) * f.srcStep,
+                                                   f.srcStep, rgb, step, size));
+    if (f.flip) {
+      for (Ipp8u* plane : rgb) MirrorInPlace(1, plane, step, size);
+    }
+    if (alpha != nullptr) {
+      const Ipp8u* from = alpha + static_cast<int64_t>(y0) * alphaStep;
+      if (f.flip) {
+        CheckPrimitive(ipp::ippiMirror_8u_C1R(from, alphaStep, planes.plane(3), step, size,
+                                              ipp::ippAxsHorizontal));
+      } else {
+        CheckPrimitive(ipp::ippiCopy_8u_C1R(from, alphaStep, planes.plane(3), step, size));
+      }
+    }
+    const int64_t target = f.flip ? f.height - y0 - lines : y0;
+    JoinPlanes4(bgrx, step, f.dst + target * f.dstStep, f.dstStep, size);
+  }
 }
 
 }  // namespace
@@ -60,7 +76,8 @@ unsigned long OrvImage::CCIR601YUY2ToRGB32(unsigned char* const src, unsigned ch
                                            unsigned long* dstSize, unsigned long width,
                                            unsigned long height, int srcStep, int dstStep) {
   return RunConversion(src, dst, dstSize, width, height, srcStep, dstStep, Layout::kYuy2,
-                       Layout::kRgb32, Output::kPacked, [&](const Frame& f) { Yuy2ToBgrx(f, 0); });
+                       Layout::kRgb32, Output::kPacked,
+                       [&](const Frame& f) { Yuy2ToBgrx(f, 0, nullptr, 0); });
 }
 
 unsigned long OrvImage::CCIR601YUY2ToRGBA(unsigned char* const src, unsigned char* dst,
@@ -68,32 +85,19 @@ unsigned long OrvImage::CCIR601YUY2ToRGBA(unsigned char* const src, unsigned cha
                                           unsigned long height, int srcStep, int dstStep) {
   return RunConversion(src, dst, dstSize, width, height, srcStep, dstStep, Layout::kYuy2,
                        Layout::kRgb32, Output::kPacked,
-                       [&](const Frame& f) { Yuy2ToBgrx(f, 255); });
+                       [&](const Frame& f) { Yuy2ToBgrx(f, 255, nullptr, 0); });
 }
 
 unsigned long OrvImage::YUY2AToRGBA(unsigned char* const src, unsigned char* dst,
                                     unsigned long* dstSize, unsigned long width,
                                     unsigned long height, int srcStep, int dstStep) {
-  return RunConversion(
-      src, dst, dstSize, width, height, srcStep, dstStep, Layout::kYuy2, Layout::kRgb32,
-      Output::kPacked, [&](const Frame& f) {
-        const IppiSize size = {f.width, f.height};
-        WorkPlanes planes(4, f.width, f.height);
-        Yuy2ToRgbPlanes(f, planes);
-        // The alpha plane of the source becomes the fourth byte, turned with
-        // the colour when the picture turns.
-        const Ipp8u* alpha = AlphaPlane(f.src, f.srcStep, f.height);
-        const int alphaStep = AlphaStep(f.width);
-        if (f.flip) {
-          CheckPrimitive(ipp::ippiMirror_8u_C1R(alpha, alphaStep, planes.plane(3), planes.step(),
-                                                size, ipp::ippAxsHorizontal));
-        } else {
-          CheckPrimitive(
-              ipp::ippiCopy_8u_C1R(alpha, alphaStep, planes.plane(3), planes.step(), size));
-        }
-        Ipp8u* const bgra[4] = {planes.plane(2), planes.plane(1), planes.plane(0), planes.plane(3)};
-        JoinPlanes4(bgra, planes.step(), f.dst, f.dstStep, size);
-      });
+  return RunConversion(src, dst, dstSize, width, height, srcStep, dstStep, Layout::kYuy2,
+                       Layout::kRgb32, Output::kPacked, [&](const Frame& f) {
+                         // The alpha plane of the source becomes the fourth byte, turned with
+                         // the colour when the picture turns.
+                         Yuy2ToBgrx(f, 0, AlphaPlane(f.src, f.srcStep, f.height),
+                                    AlphaStep(f.width));
+                       });
 }
 
 unsigned long OrvImage::CCIR601YUY2ToTavoShiftedStraightRGB24(
@@ -206,6 +210,14 @@ unsigned long OrvImage::YUY2AToCCIR601YUY2(unsigned char* const src, unsigned ch
         CheckPrimitive(ipp::ippiCopy_8u_C1R(f.src, f.srcStep, f.dst, f.dstStep, size));
         if (f.flip) MirrorInPlace(1, f.dst, f.dstStep, size);
       });
+}
+
+unsigned long OrvImage::CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
+                                            unsigned long* dstSize, unsigned long width,
+                                            unsigned long height, int srcStep, int dstStep,
+                                            bool progressive) {
+  return CCIR601YUY2ToYUV420(src, dst, dstSize, width, height, srcStep, dstStep, progressive,
+                             FIELD_FRAME, nullptr, nullptr);
 }
 
 unsigned long OrvImage::CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,

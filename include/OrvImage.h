@@ -389,29 +389,50 @@ class ORV_API OrvImage {
 
   // The 4:2:0 converter path: these forward to the colour kernels and answer 3
   // without storing a size when a picture pointer is null. `converter` may be
-  // null, and a temporary converter is made then.
+  // null, and a temporary converter is made then. The converter is a type of
+  // the library's inside, so these stay inside too: they are not exported.
+  [[gnu::visibility("hidden")]] static unsigned long RGB24ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long RGB32ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long TavoShiftedStraightRGB24ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long TavoShiftedStraightRGB32ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive,
+      orv::ColorSpaceConverter* converter);
+
+  // The same conversions for applications, with a converter made per call.
   static unsigned long RGB24ToYUV420(unsigned char* const src, unsigned char* dst,
                                      unsigned long* dstSize, unsigned long width,
                                      unsigned long height, int srcStep, int dstStep,
-                                     bool progressive, orv::ColorSpaceConverter* converter);
+                                     bool progressive);
   static unsigned long RGB32ToYUV420(unsigned char* const src, unsigned char* dst,
                                      unsigned long* dstSize, unsigned long width,
                                      unsigned long height, int srcStep, int dstStep,
-                                     bool progressive, orv::ColorSpaceConverter* converter);
+                                     bool progressive);
   static unsigned long TavoShiftedStraightRGB24ToYUV420(unsigned char* const src,
                                                         unsigned char* dst, unsigned long* dstSize,
                                                         unsigned long width, unsigned long height,
-                                                        int srcStep, int dstStep, bool progressive,
-                                                        orv::ColorSpaceConverter* converter);
+                                                        int srcStep, int dstStep, bool progressive);
   static unsigned long TavoShiftedStraightRGB32ToYUV420(unsigned char* const src,
                                                         unsigned char* dst, unsigned long* dstSize,
                                                         unsigned long width, unsigned long height,
-                                                        int srcStep, int dstStep, bool progressive,
-                                                        orv::ColorSpaceConverter* converter);
+                                                        int srcStep, int dstStep, bool progressive);
   static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
                                            unsigned long* dstSize, unsigned long width,
                                            unsigned long height, int srcStep, int dstStep,
-                                           bool progressive, orv::ColorSpaceConverter* converter);
+                                           bool progressive);
 
   // Short forms of conversions that also work on one field (see the private
   // full forms): these convert the whole frame.
@@ -655,6 +676,103 @@ class ORV_API OrvImage {
                                         unsigned long* dstSize, BITMAPINFO* info, int srcStep,
                                         int dstStep);
 
+  // ---- Mask copy -----------------------------------------------------------
+  //
+  // `dst` holds a picture made from `srcA` and `srcB` (a blend, or a field
+  // taken from the wrong parity). Wherever A and B agree (the compared value of
+  // both lines of a pair differs by less than 5), A's pixels are put back into
+  // the chosen field of `dst`. The flat bands at the top and bottom of the
+  // picture (letterbox bars) are found, and the whole lines at their inner
+  // edges are put back from A, so that the edges stay clean. Compared value:
+  // the Y byte for YUV420 (Y plane only) and YUY2 (chroma stays), the luma
+  // (59 G + 30 R + 11 B) / 100 for RGB24 and RGB32 (the fourth byte stays).
+  // A step of 0 is the format's generic step (bottom-up for RGB). `dstSize`
+  // bounds every write: a line of dst that does not fit in it is left alone,
+  // by the pixel test and by the edge-line copies. A null picture, an unknown field,
+  // a step shorter than a line or a size past the limits answers 3 with
+  // nothing written.
+  static unsigned long MaskCopyYUV420(unsigned char* const srcA, unsigned char* const srcB,
+                                      unsigned char* dst, unsigned long dstSize,
+                                      unsigned long width, unsigned long height, int step,
+                                      FIELD_TYPE field);
+  static unsigned long MaskCopyYUY2(unsigned char* const srcA, unsigned char* const srcB,
+                                    unsigned char* dst, unsigned long dstSize, unsigned long width,
+                                    unsigned long height, int step, FIELD_TYPE field);
+  static unsigned long MaskCopyRGB24(unsigned char* const srcA, unsigned char* const srcB,
+                                     unsigned char* dst, unsigned long dstSize, unsigned long width,
+                                     unsigned long height, int step, FIELD_TYPE field);
+  static unsigned long MaskCopyRGB32(unsigned char* const srcA, unsigned char* const srcB,
+                                     unsigned char* dst, unsigned long dstSize, unsigned long width,
+                                     unsigned long height, int step, FIELD_TYPE field);
+
+  // ---- Blend and alpha composition -----------------------------------------
+  //
+  // Blend: `ratio` is the weight of the first picture. It becomes two 8-bit
+  // alphas, a = ratio x 256 and b = (1 - ratio) x 256, each truncated and
+  // limited to 0..255 (so 0.5 gives 128 and 128, which may add up above 255),
+  // and every byte becomes min(255, (a x A + b x B) / 255) rounded to nearest.
+  // Steps are signed (negative: bottom-up); the pointers are the lowest
+  // addresses. A null picture, an unknown field, a step shorter than a line or
+  // a size past the limits answers 3 with nothing written; a failing primitive
+  // answers 4. Nothing outside the chosen lines is written.
+
+  // In place: dst = ratio x src + (1 - ratio) x dst over the whole picture.
+  static unsigned long BlendYUV420(unsigned char* src, unsigned char* dst, unsigned long width,
+                                   unsigned long height, int step, float ratio);
+  static unsigned long BlendYUY2(unsigned char* src, unsigned char* dst, unsigned long width,
+                                 unsigned long height, int step, float ratio);
+  static unsigned long BlendRGB24(unsigned char* src, unsigned char* dst, unsigned long width,
+                                  unsigned long height, int step, float ratio);
+  static unsigned long BlendRGB32(unsigned char* src, unsigned char* dst, unsigned long width,
+                                  unsigned long height, int step, float ratio);
+  // Two sources: dst = ratio x srcA + (1 - ratio) x srcB on the lines of
+  // `field` (counted from the display's top). When srcA and srcB are the same
+  // pointer the lines are copied from it unchanged. `size` is neither read nor
+  // written. YUV420 mixes the Y lines and the matching chroma lines of both
+  // planes; YUY2 and RGB32 mix every byte (the fourth of RGB32 too).
+  static unsigned long BlendYUV420(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                   unsigned long* size, unsigned long width, unsigned long height,
+                                   int step, FIELD_TYPE field, float ratio);
+  static unsigned long BlendYUY2(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                 unsigned long* size, unsigned long width, unsigned long height,
+                                 int step, FIELD_TYPE field, float ratio);
+  static unsigned long BlendRGB24(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                  unsigned long* size, unsigned long width, unsigned long height,
+                                  int step, FIELD_TYPE field, float ratio);
+  static unsigned long BlendRGB32(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                  unsigned long* size, unsigned long width, unsigned long height,
+                                  int step, FIELD_TYPE field, float ratio);
+
+  // Alpha composition: the first picture over the second by its per-pixel
+  // alpha (255 opaque). A null picture or a size past the limits answers 3;
+  // a failure after the first write clears the destination and answers 4
+  // (1 when a work picture could not be had).
+
+  // `srcRGBA` (B G R A, lines of 4 x width) over `srcRGB` (B G R); `srcRGB`
+  // and `dst` have the 4-byte aligned 24-bit line. Top-down.
+  static unsigned long AlphaCompRGB24(unsigned char* srcRGBA, unsigned char* srcRGB,
+                                      unsigned char* dst, unsigned long width,
+                                      unsigned long height);
+  // Three B G R A pictures with lines of 4 x width; the result's alpha is
+  // that of A over B.
+  static unsigned long AlphaCompRGB32(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                      unsigned long width, unsigned long height);
+  // With signed steps (0 stands for -4 x width, bottom-up). Pictures of
+  // opposite directions are reconciled by flipping through a work picture, or
+  // by flipping the result. When srcB is dst their steps must be equal.
+  static unsigned long AlphaCompRGB32(unsigned char* srcA, int stepA, unsigned char* srcB,
+                                      int stepB, unsigned char* dst, int dstStep,
+                                      unsigned long width, unsigned long height);
+  // CF_YUY2A pictures packed without padding: YUY2 lines of 2 x width bytes,
+  // then at 2 x width x height the alpha lines of width bytes. `srcA` goes
+  // over `srcB` on the lines firstLine .. firstLine + lineCount (0: height
+  // lines); lines past the picture's last one are not run, and a firstLine
+  // past it answers 3. An odd width's lone last pixel is composed with its Y,
+  // its one chroma byte and its alpha: nothing past a line is read or written.
+  static unsigned long AlphaCompYUY2A(unsigned char* srcA, unsigned char* srcB, unsigned char* dst,
+                                      unsigned long width, unsigned long height,
+                                      unsigned long firstLine, unsigned long lineCount);
+
  private:
   // The library's own code (and its tests) reach the private conversions
   // through this door.
@@ -664,47 +782,38 @@ class ORV_API OrvImage {
   // `field` converts only FIELD_TOP or FIELD_BOTTOM (counted from the
   // display's top) and leaves the other lines as they were; `work` keeps work
   // planes between frames; `converter` is the instance's colour converter.
-  static unsigned long YUV420ToRGB24(unsigned char* const src, unsigned char* dst,
-                                     unsigned long* dstSize, unsigned long width,
-                                     unsigned long height, int srcStep, int dstStep,
-                                     bool progressive, FIELD_TYPE field);
-  static unsigned long YUV420ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
-                                           unsigned long* dstSize, unsigned long width,
-                                           unsigned long height, int srcStep, int dstStep,
-                                           bool progressive, FIELD_TYPE field,
-                                           orv::ColorSpaceConverter* converter);
-  static unsigned long YUV420ToYV12(unsigned char* const src, unsigned char* dst,
-                                    unsigned long* dstSize, unsigned long width,
-                                    unsigned long height, int srcStep, int dstStep,
-                                    FIELD_TYPE field);
-  static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
-                                           unsigned long* dstSize, unsigned long width,
-                                           unsigned long height, int srcStep, int dstStep,
-                                           bool progressive, FIELD_TYPE field,
-                                           std::vector<OrvMemory*>* work,
-                                           orv::ColorSpaceConverter* converter);
-  static unsigned long CCIR601YUY2ToYV12(unsigned char* const src, unsigned char* dst,
-                                         unsigned long* dstSize, unsigned long width,
-                                         unsigned long height, int srcStep, int dstStep,
-                                         bool progressive, FIELD_TYPE field,
-                                         std::vector<OrvMemory*>* work);
+  [[gnu::visibility("hidden")]] static unsigned long YUV420ToRGB24(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field);
+  [[gnu::visibility("hidden")]] static unsigned long YUV420ToCCIR601YUY2(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
+      orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long YUV420ToYV12(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, FIELD_TYPE field);
+  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYUV420(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
+      std::vector<OrvMemory*>* work, orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYV12(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
+      std::vector<OrvMemory*>* work);
 
   // ---- Colour-conversion dispatch ------------------------------------------
   // Runs the one conversion that serves the pair (srcFormat, dstFormat); 3 for
   // a pair with no route or an unknown format.
-  static unsigned long ColorConvert(unsigned char* const src, unsigned char* dst,
-                                    unsigned long* dstSize, unsigned long width,
-                                    unsigned long height, COLOR_FORMAT_TYPE srcFormat,
-                                    COLOR_FORMAT_TYPE dstFormat, int srcStep, int dstStep,
-                                    bool progressive, FIELD_TYPE field,
-                                    std::vector<OrvMemory*>* work,
-                                    orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long ColorConvert(
+      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
+      unsigned long height, COLOR_FORMAT_TYPE srcFormat, COLOR_FORMAT_TYPE dstFormat, int srcStep,
+      int dstStep, bool progressive, FIELD_TYPE field, std::vector<OrvMemory*>* work,
+      orv::ColorSpaceConverter* converter);
   // The common body of the conversions into CF_YUV420 from formats 0, 2, 3, 4, 5.
-  static unsigned long ColorConvertToYUV420(COLOR_FORMAT_TYPE srcFormat, unsigned char* const src,
-                                            unsigned char* dst, unsigned long* dstSize,
-                                            unsigned long width, unsigned long height, int srcStep,
-                                            int dstStep, bool progressive,
-                                            orv::ColorSpaceConverter* converter);
+  [[gnu::visibility("hidden")]] static unsigned long ColorConvertToYUV420(
+      COLOR_FORMAT_TYPE srcFormat, unsigned char* const src, unsigned char* dst,
+      unsigned long* dstSize, unsigned long width, unsigned long height, int srcStep, int dstStep,
+      bool progressive, orv::ColorSpaceConverter* converter);
 
   // Lets the test suite reach the private stages.
   friend struct OrvImageTestAccess;
@@ -755,6 +864,14 @@ class ORV_API OrvImage {
       int step, unsigned long lineNo, unsigned long sum1, unsigned long sum2, unsigned char color1,
       unsigned char color2, unsigned char prevColor, bool& inBand, bool& pastTop,
       unsigned char** src1, unsigned char** src2, unsigned char** dst1, unsigned char** dst2);
+
+  // ---- Blend and alpha composition (private) ------------------------------
+  // Float form of the YUY2 blend: dst = dst x (1 - ratio) + src x ratio per
+  // Y, Cb and Cr plane, rounded to nearest. Lines are the aligned YUY2 line.
+  // False on any failure. The library itself does not use it. Private, so
+  // kept out of the exported symbols.
+  [[gnu::visibility("hidden")]] static bool BlendYUY2(const unsigned char* src, unsigned char* dst,
+                                                      IppiSize size, float ratio);
 
   // ---- Conversion pipeline (private) --------------------------------------
   // Hidden: not part of the library's exported interface.

@@ -198,6 +198,11 @@ TEST(ConvertToYuv420, GivenConverterGivesTheSameBytes) {
   ASSERT_EQ(0u, OrvImage::RGB32ToYUV420(src.data(), b.data(), &size, kW, kH, -4 * kW, kW, true,
                                         &converter));
   EXPECT_EQ(a.Contents(), b.Contents());
+  // The exported form without a converter: the same bytes.
+  Picture c(a.size());
+  size = c.size();
+  ASSERT_EQ(0u, OrvImage::RGB32ToYUV420(src.data(), c.data(), &size, kW, kH, -4 * kW, kW, true));
+  EXPECT_EQ(a.Contents(), c.Contents());
 }
 
 }  // namespace

@@ -224,3 +224,83 @@ TEST(LevelConversion, BadArgumentsTouchNothing) {
 
 }  // namespace
 }  // namespace orv_test
+
+namespace orv_test {
+namespace {
+
+// The 32-bit conversions work through a B G R picture a band of lines at a
+// time; on pictures taller than a band they must give exactly the colour of
+// the 24-bit conversion, in every direction and for both scan types.
+TEST(ConvertBands, ThirtyTwoBitOutputMatchesTwentyFourBitOverManyBands) {
+  const int w = 18;
+  for (int h : {37, 64, 100}) {
+    for (bool progressive : {true, false}) {
+      for (int dstSign : {1, -1}) {
+        SCOPED_TRACE(::testing::Message() << h << " " << progressive << " " << dstSign);
+        const int step = w + 2;
+        Picture yuv(PictureBytes(OrvImage::CF_YUV420, w, h, step));
+        yuv.Randomize(h);
+        // The same picture with its chroma planes exchanged, as CF_YV12.
+        std::vector<uint8_t> yv12 = yuv.Contents();
+        const size_t chroma = static_cast<size_t>(step / 2) * (h / 2);
+        std::copy(yuv.data() + step * h, yuv.data() + step * h + chroma,
+                  yv12.begin() + step * h + chroma);
+        std::copy(yuv.data() + step * h + chroma, yuv.data() + step * h + 2 * chroma,
+                  yv12.begin() + step * h);
+        std::vector<uint8_t> rgb24(3 * w * h, 0), rgb32(4 * w * h), rgba(4 * w * h);
+        unsigned long size = rgb24.size();
+        ASSERT_EQ(0u, OrvImage::YUV420ToRGB24(yuv.data(), rgb24.data(), &size, w, h, step,
+                                              dstSign * 3 * w, progressive));
+        size = rgb32.size();
+        ASSERT_EQ(0u, OrvImage::YUV420ToRGB32(yuv.data(), rgb32.data(), &size, w, h, step,
+                                              dstSign * 4 * w, progressive));
+        size = rgba.size();
+        ASSERT_EQ(0u, OrvImage::YV12ToRGBA(yv12.data(), rgba.data(), &size, w, h, step,
+                                           dstSign * 4 * w, progressive));
+        for (int i = 0; i < w * h; ++i) {
+          for (int c = 0; c < 3; ++c) {
+            ASSERT_EQ(rgb24[3 * i + c], rgb32[4 * i + c]) << i;
+            ASSERT_EQ(rgb24[3 * i + c], rgba[4 * i + c]) << i;
+          }
+          ASSERT_EQ(0, rgb32[4 * i + 3]);
+          ASSERT_EQ(255, rgba[4 * i + 3]);
+        }
+      }
+    }
+  }
+}
+
+TEST(ConvertBands, Yuy2ToThirtyTwoBitMatchesTwentyFourBitOverManyBands) {
+  const int w = 18, h = 77;
+  Picture yuy2a(PictureBytes(OrvImage::CF_YUY2A, w, h, 2 * w));
+  yuy2a.Randomize(5);
+  for (int dstSign : {1, -1}) {
+    SCOPED_TRACE(dstSign);
+    std::vector<uint8_t> rgb24(3 * w * h), rgb32(4 * w * h), rgba(4 * w * h);
+    unsigned long size = rgb24.size();
+    ASSERT_EQ(0u, OrvImage::CCIR601YUY2ToRGB24(yuy2a.data(), rgb24.data(), &size, w, h, 2 * w,
+                                               dstSign * 3 * w));
+    size = rgb32.size();
+    ASSERT_EQ(0u, OrvImage::CCIR601YUY2ToRGB32(yuy2a.data(), rgb32.data(), &size, w, h, 2 * w,
+                                               dstSign * 4 * w));
+    size = rgba.size();
+    ASSERT_EQ(
+        0u, OrvImage::YUY2AToRGBA(yuy2a.data(), rgba.data(), &size, w, h, 2 * w, dstSign * 4 * w));
+    const uint8_t* alpha = yuy2a.data() + 2 * w * h;
+    for (int y = 0; y < h; ++y) {
+      const int from = dstSign > 0 ? y : h - 1 - y;
+      for (int x = 0; x < w; ++x) {
+        const int i = w * y + x;
+        for (int c = 0; c < 3; ++c) {
+          ASSERT_EQ(rgb24[3 * i + c], rgb32[4 * i + c]) << x << "," << y;
+          ASSERT_EQ(rgb24[3 * i + c], rgba[4 * i + c]) << x << "," << y;
+        }
+        ASSERT_EQ(0, rgb32[4 * i + 3]);
+        ASSERT_EQ(alpha[AlphaLine(w) * from + x], rgba[4 * i + 3]) << x << "," << y;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orv_test

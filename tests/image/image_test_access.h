@@ -59,6 +59,10 @@ struct OrvImageTestAccess {
     OrvImage::CheckChangeLine(line, dstLine, width, 0, step, lineNo, sum1, sum2, c1, c2, prev,
                               inBand, pastTop, s1, s2, d1, d2);
   }
+  static bool BlendYUY2Float(const unsigned char* src, unsigned char* dst, IppiSize size,
+                             float ratio) {
+    return OrvImage::BlendYUY2(src, dst, size, ratio);
+  }
   // ---- Conversion pipeline ----
   static bool GetResizeFactorEx(OrvImage::PICTURE_INFO* s, OrvImage::PICTURE_INFO* d, bool keep,
                                 OrvImage::CONVERT_INFO* info) {
