@@ -39,11 +39,13 @@ bool OrvImage::IppResizeYUV420(unsigned char* src, unsigned char* dst, int srcSt
                                bool sameField) {
   if (src == nullptr || dst == nullptr) return false;
   return Attempt([&] {
-    // Plane addresses from the full heights, on both sides.
+    // Plane addresses from the full heights, on both sides, laid out as the
+    // picture model lays them: V right behind U's (S/2) x H / 2 bytes. Every
+    // stage uses this one layout, so odd heights agree too.
     unsigned char* srcU = src + static_cast<int64_t>(srcStep) * srcSize.height;
-    unsigned char* srcV = srcU + (static_cast<int64_t>(srcSize.height / 2) * srcStep) / 2;
+    unsigned char* srcV = srcU + (static_cast<int64_t>(srcStep / 2) * srcSize.height) / 2;
     unsigned char* dstU = dst + static_cast<int64_t>(dstStep) * dstSize.height;
-    unsigned char* dstV = dstU + (static_cast<int64_t>(dstSize.height / 2) * dstStep) / 2;
+    unsigned char* dstV = dstU + (static_cast<int64_t>(dstStep / 2) * dstSize.height) / 2;
 
     FieldLayout f = PrepareField(field, sameField, srcStep, dstStep, srcSize.height, srcRect.height,
                                  dstSize.height, yFactor);

@@ -531,7 +531,9 @@ TEST(AudioConverterRobustness, NeverWritesPastTheStatedCapacity) {
           L(c.Convert(call == 3 ? nullptr : reinterpret_cast<unsigned char*>(src.data()), frames,
                       reinterpret_cast<unsigned char*>(dst.data()), room, &made));
       for (size_t i = room / 2; i < dst.size(); ++i) ASSERT_EQ(dst[i], kGuard) << round;
-      if (r == 0) ASSERT_LE(made * outCh * 2, room) << round;
+      if (r == 0) {
+        ASSERT_LE(made * outCh * 2, room) << round;
+      }
     }
   }
 }

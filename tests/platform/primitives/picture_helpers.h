@@ -4,6 +4,7 @@
 #ifndef ORV_TESTS_PLATFORM_PRIMITIVES_PICTURE_HELPERS_H_
 #define ORV_TESTS_PLATFORM_PRIMITIVES_PICTURE_HELPERS_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -57,8 +58,10 @@ class Picture {
   const std::vector<uint8_t>& Raw() const { return data_; }
   // Region bytes only, line after line.
   std::vector<uint8_t> Bytes() const {
-    std::vector<uint8_t> out;
-    for (int y = 0; y < height_; ++y) out.insert(out.end(), row(y), row(y) + line_);
+    std::vector<uint8_t> out(static_cast<size_t>(height_) * line_);
+    for (int y = 0; y < height_; ++y) {
+      std::copy(row(y), row(y) + line_, out.begin() + static_cast<ptrdiff_t>(y) * line_);
+    }
     return out;
   }
 
