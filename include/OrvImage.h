@@ -391,26 +391,29 @@ class ORV_API OrvImage {
   // without storing a size when a picture pointer is null. `converter` may be
   // null, and a temporary converter is made then. The converter is a type of
   // the library's inside, so these stay inside too: they are not exported.
-  [[gnu::visibility("hidden")]] static unsigned long RGB24ToYUV420(
+  ORV_HIDDEN static unsigned long RGB24ToYUV420(unsigned char* const src, unsigned char* dst,
+                                                unsigned long* dstSize, unsigned long width,
+                                                unsigned long height, int srcStep, int dstStep,
+                                                bool progressive,
+                                                orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long RGB32ToYUV420(unsigned char* const src, unsigned char* dst,
+                                                unsigned long* dstSize, unsigned long width,
+                                                unsigned long height, int srcStep, int dstStep,
+                                                bool progressive,
+                                                orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long TavoShiftedStraightRGB24ToYUV420(
       unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
       unsigned long height, int srcStep, int dstStep, bool progressive,
       orv::ColorSpaceConverter* converter);
-  [[gnu::visibility("hidden")]] static unsigned long RGB32ToYUV420(
+  ORV_HIDDEN static unsigned long TavoShiftedStraightRGB32ToYUV420(
       unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
       unsigned long height, int srcStep, int dstStep, bool progressive,
       orv::ColorSpaceConverter* converter);
-  [[gnu::visibility("hidden")]] static unsigned long TavoShiftedStraightRGB24ToYUV420(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, bool progressive,
-      orv::ColorSpaceConverter* converter);
-  [[gnu::visibility("hidden")]] static unsigned long TavoShiftedStraightRGB32ToYUV420(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, bool progressive,
-      orv::ColorSpaceConverter* converter);
-  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYUV420(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, bool progressive,
-      orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long CCIR601YUY2ToYUV420(unsigned char* const src, unsigned char* dst,
+                                                      unsigned long* dstSize, unsigned long width,
+                                                      unsigned long height, int srcStep,
+                                                      int dstStep, bool progressive,
+                                                      orv::ColorSpaceConverter* converter);
 
   // The same conversions for applications, with a converter made per call.
   static unsigned long RGB24ToYUV420(unsigned char* const src, unsigned char* dst,
@@ -782,38 +785,47 @@ class ORV_API OrvImage {
   // `field` converts only FIELD_TOP or FIELD_BOTTOM (counted from the
   // display's top) and leaves the other lines as they were; `work` keeps work
   // planes between frames; `converter` is the instance's colour converter.
-  [[gnu::visibility("hidden")]] static unsigned long YUV420ToRGB24(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field);
-  [[gnu::visibility("hidden")]] static unsigned long YUV420ToCCIR601YUY2(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
-      orv::ColorSpaceConverter* converter);
-  [[gnu::visibility("hidden")]] static unsigned long YUV420ToYV12(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, FIELD_TYPE field);
-  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYUV420(
+  ORV_HIDDEN static unsigned long YUV420ToRGB24(unsigned char* const src, unsigned char* dst,
+                                                unsigned long* dstSize, unsigned long width,
+                                                unsigned long height, int srcStep, int dstStep,
+                                                bool progressive, FIELD_TYPE field);
+  ORV_HIDDEN static unsigned long YUV420ToCCIR601YUY2(unsigned char* const src, unsigned char* dst,
+                                                      unsigned long* dstSize, unsigned long width,
+                                                      unsigned long height, int srcStep,
+                                                      int dstStep, bool progressive,
+                                                      FIELD_TYPE field,
+                                                      orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long YUV420ToYV12(unsigned char* const src, unsigned char* dst,
+                                               unsigned long* dstSize, unsigned long width,
+                                               unsigned long height, int srcStep, int dstStep,
+                                               FIELD_TYPE field);
+  ORV_HIDDEN static unsigned long CCIR601YUY2ToYUV420(
       unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
       unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
       std::vector<OrvMemory*>* work, orv::ColorSpaceConverter* converter);
-  [[gnu::visibility("hidden")]] static unsigned long CCIR601YUY2ToYV12(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, int srcStep, int dstStep, bool progressive, FIELD_TYPE field,
-      std::vector<OrvMemory*>* work);
+  ORV_HIDDEN static unsigned long CCIR601YUY2ToYV12(unsigned char* const src, unsigned char* dst,
+                                                    unsigned long* dstSize, unsigned long width,
+                                                    unsigned long height, int srcStep, int dstStep,
+                                                    bool progressive, FIELD_TYPE field,
+                                                    std::vector<OrvMemory*>* work);
 
   // ---- Colour-conversion dispatch ------------------------------------------
   // Runs the one conversion that serves the pair (srcFormat, dstFormat); 3 for
   // a pair with no route or an unknown format.
-  [[gnu::visibility("hidden")]] static unsigned long ColorConvert(
-      unsigned char* const src, unsigned char* dst, unsigned long* dstSize, unsigned long width,
-      unsigned long height, COLOR_FORMAT_TYPE srcFormat, COLOR_FORMAT_TYPE dstFormat, int srcStep,
-      int dstStep, bool progressive, FIELD_TYPE field, std::vector<OrvMemory*>* work,
-      orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long ColorConvert(unsigned char* const src, unsigned char* dst,
+                                               unsigned long* dstSize, unsigned long width,
+                                               unsigned long height, COLOR_FORMAT_TYPE srcFormat,
+                                               COLOR_FORMAT_TYPE dstFormat, int srcStep,
+                                               int dstStep, bool progressive, FIELD_TYPE field,
+                                               std::vector<OrvMemory*>* work,
+                                               orv::ColorSpaceConverter* converter);
   // The common body of the conversions into CF_YUV420 from formats 0, 2, 3, 4, 5.
-  [[gnu::visibility("hidden")]] static unsigned long ColorConvertToYUV420(
-      COLOR_FORMAT_TYPE srcFormat, unsigned char* const src, unsigned char* dst,
-      unsigned long* dstSize, unsigned long width, unsigned long height, int srcStep, int dstStep,
-      bool progressive, orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long ColorConvertToYUV420(COLOR_FORMAT_TYPE srcFormat,
+                                                       unsigned char* const src, unsigned char* dst,
+                                                       unsigned long* dstSize, unsigned long width,
+                                                       unsigned long height, int srcStep,
+                                                       int dstStep, bool progressive,
+                                                       orv::ColorSpaceConverter* converter);
 
   // Lets the test suite reach the private stages.
   friend struct OrvImageTestAccess;
@@ -870,66 +882,64 @@ class ORV_API OrvImage {
   // Y, Cb and Cr plane, rounded to nearest. Lines are the aligned YUY2 line.
   // False on any failure. The library itself does not use it. Private, so
   // kept out of the exported symbols.
-  [[gnu::visibility("hidden")]] static bool BlendYUY2(const unsigned char* src, unsigned char* dst,
-                                                      IppiSize size, float ratio);
+  ORV_HIDDEN static bool BlendYUY2(const unsigned char* src, unsigned char* dst, IppiSize size,
+                                   float ratio);
 
   // ---- Conversion pipeline (private) --------------------------------------
   // Hidden: not part of the library's exported interface.
   // True when a resize is needed (always when keepAspect asks for bars);
   // fills the factors, trims and margins of `info`.
-  [[gnu::visibility("hidden")]] static bool GetResizeFactorEx(PICTURE_INFO* src, PICTURE_INFO* dst,
-                                                              bool keepAspect, CONVERT_INFO* info);
+  ORV_HIDDEN static bool GetResizeFactorEx(PICTURE_INFO* src, PICTURE_INFO* dst, bool keepAspect,
+                                           CONVERT_INFO* info);
   // Decides the scan stage; may change resizeKind. 3 when a de-interlace
   // mode that the scan stage has no use for is asked for.
-  [[gnu::visibility("hidden")]] static unsigned long CheckInterlaceConv(
-      PICTURE_INFO* src, PICTURE_INFO* dst, DEINTERLACE_MODE deinterlace, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long CheckInterlaceConv(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                                     DEINTERLACE_MODE deinterlace,
+                                                     CONVERT_INFO* info);
   // Whether a plan serves the format pair; the step and size of the picture
   // the colour stage makes (destination format at the source's size).
-  [[gnu::visibility("hidden")]] static bool CheckSupportColorConv(PICTURE_INFO* src,
-                                                                  PICTURE_INFO* dst,
-                                                                  unsigned long* step,
-                                                                  unsigned long* size);
+  ORV_HIDDEN static bool CheckSupportColorConv(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                               unsigned long* step, unsigned long* size);
   // True when the field swap must run on the source before the colour stage.
-  [[gnu::visibility("hidden")]] static bool CheckNeedPreFieldSwap(PICTURE_INFO* src,
-                                                                  PICTURE_INFO* dst,
-                                                                  CONVERT_INFO* info);
+  ORV_HIDDEN static bool CheckNeedPreFieldSwap(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                               CONVERT_INFO* info);
   // Frees everything a plan owns and zeroes it; null is accepted.
-  [[gnu::visibility("hidden")]] static void ClearConvertInfo(CONVERT_INFO* info);
+  ORV_HIDDEN static void ClearConvertInfo(CONVERT_INFO* info);
   // The stages of a plan after the shortcut for a plan without resize or
   // scan stage, shared by both Convert forms. In place, a source step above
   // `alphaStepLimit` makes the alpha of a CF_YUY2A destination go last.
-  [[gnu::visibility("hidden")]] static unsigned long RunConvertStages(
-      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-      CONVERT_MODE* mode, CONVERT_INFO* info, int alphaStepLimit, std::vector<OrvMemory*>* work,
-      orv::ColorSpaceConverter* converter);
+  ORV_HIDDEN static unsigned long RunConvertStages(unsigned char* src, unsigned char* dst,
+                                                   PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                                   CONVERT_MODE* mode, CONVERT_INFO* info,
+                                                   int alphaStepLimit,
+                                                   std::vector<OrvMemory*>* work,
+                                                   orv::ColorSpaceConverter* converter);
 
   // ---- Pipeline stages (private) ------------------------------------------
   // Bring a picture already in the destination's format (at the source's
   // size, step magnitude info->srcStep, direction of srcInfo->step) to the
   // destination's size, direction and scan type. `src` may equal `dst`.
-  [[gnu::visibility("hidden")]] static unsigned long ConvertYUV420(
-      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-      CONVERT_MODE* mode, CONVERT_INFO* info);
-  [[gnu::visibility("hidden")]] static unsigned long ConvertYUY2(
-      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-      CONVERT_MODE* mode, CONVERT_INFO* info);
-  [[gnu::visibility("hidden")]] static unsigned long ConvertRGB24(
-      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-      CONVERT_MODE* mode, CONVERT_INFO* info);
-  [[gnu::visibility("hidden")]] static unsigned long ConvertRGB32(
-      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-      CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertYUV420(unsigned char* src, unsigned char* dst,
+                                                PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                                CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertYUY2(unsigned char* src, unsigned char* dst,
+                                              PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                              CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertRGB24(unsigned char* src, unsigned char* dst,
+                                               PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                               CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertRGB32(unsigned char* src, unsigned char* dst,
+                                               PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                               CONVERT_MODE* mode, CONVERT_INFO* info);
   // The whole pipeline for the alpha plane of a CF_YUY2A destination.
-  [[gnu::visibility("hidden")]] static unsigned long SetAlphaYUY2A(
-      unsigned char* src, unsigned char* dst, PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
-      CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long SetAlphaYUY2A(unsigned char* src, unsigned char* dst,
+                                                PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                                CONVERT_MODE* mode, CONVERT_INFO* info);
   // Nearest-neighbour resize of packed pixels, never reading past the
   // source's last line or pixel. Steps are magnitudes. False for bad input.
-  [[gnu::visibility("hidden")]] static bool NearestResize(int bitsPerPixel,
-                                                          const unsigned char* src, int srcWidth,
-                                                          int srcHeight, int srcStep,
-                                                          unsigned char* dst, int dstWidth,
-                                                          int dstHeight, int dstStep);
+  ORV_HIDDEN static bool NearestResize(int bitsPerPixel, const unsigned char* src, int srcWidth,
+                                       int srcHeight, int srcStep, unsigned char* dst, int dstWidth,
+                                       int dstHeight, int dstStep);
 
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;
@@ -953,18 +963,14 @@ class ORV_API OrvImage {
   // across. False for invalid arguments (nothing written) or a failed work
   // allocation; see image/tavo_resize.h. Private, so kept out of the exported
   // symbols.
-  [[gnu::visibility("hidden")]] static bool TavoResizeYUV420(const unsigned char* src,
-                                                             unsigned char* dst, int srcStep,
-                                                             int dstStep, IppiSize srcSize,
-                                                             IppiSize dstSize, int srcTrimX,
-                                                             int dstMarginX, int dstMarginY,
-                                                             FIELD_TYPE field, bool sameField);
-  [[gnu::visibility("hidden")]] static bool TavoResizeYUY2(const unsigned char* src,
-                                                           unsigned char* dst, int srcStep,
-                                                           int dstStep, IppiSize srcSize,
-                                                           IppiSize dstSize, int srcTrimX,
-                                                           int dstMarginX, int dstMarginY,
-                                                           FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool TavoResizeYUV420(const unsigned char* src, unsigned char* dst, int srcStep,
+                                          int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                          int srcTrimX, int dstMarginX, int dstMarginY,
+                                          FIELD_TYPE field, bool sameField);
+  ORV_HIDDEN static bool TavoResizeYUY2(const unsigned char* src, unsigned char* dst, int srcStep,
+                                        int dstStep, IppiSize srcSize, IppiSize dstSize,
+                                        int srcTrimX, int dstMarginX, int dstMarginY,
+                                        FIELD_TYPE field, bool sameField);
 };
 
 #endif  // ORV_IMAGE_H_
