@@ -105,7 +105,9 @@ TEST(ConvertFrame, OppositeStepsTurnThePicture) {
       EXPECT_EQ(Flipped(same.Contents(), m.dst, kW, kH, s.dst), opposite.Contents());
       // CCIR601YUY2ToYV12 takes its chroma lines in display order, so a
       // bottom-up pair takes the other line of each pair of work lines.
-      if (m.name != "CCIR601YUY2ToYV12") EXPECT_EQ(same.Contents(), bothNegative.Contents());
+      if (m.name != "CCIR601YUY2ToYV12") {
+        EXPECT_EQ(same.Contents(), bothNegative.Contents());
+      }
       EXPECT_TRUE(same.GuardIntact() && opposite.GuardIntact() && bothNegative.GuardIntact());
     }
   }
