@@ -20,8 +20,7 @@ OrvImage::OrvImage()
 
 OrvImage::~OrvImage() {
   ClearResizeInfo(&m_resizeInfo);
-  delete m_convertInfo.intermediate;
-  delete m_convertInfo.temp;
+  ClearConvertInfo(&m_convertInfo);
   for (OrvMemory* buffer : m_workBuffers) delete buffer;
   delete m_colorConverter;
 }

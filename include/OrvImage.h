@@ -597,6 +597,37 @@ class ORV_API OrvImage {
                                         unsigned long height, int step, SCAN_TYPE scan,
                                         DEINTERLACE_MODE mode, INTERPOLATION_MODE interpolation);
 
+  // ---- Conversion pipeline ------------------------------------------------
+  //
+  // One call changes format, size, aspect, scan type, field order and vertical
+  // direction at once, in three stages: colour conversion at the source's
+  // size, then a resize and a scan stage (field swap or de-interlace) in the
+  // destination's format.
+
+  // Works out a plan for the pair of pictures and the mode, and keeps it with
+  // its buffers (described only; memory comes at the first Convert).
+  // dst->size is overwritten with the bytes a destination of this plan takes,
+  // the whole picture as it is laid out (a CF_YUY2A alpha plane counts with
+  // its 4-byte aligned lines). A step of 0 stands for the format's own step.
+  // 3 for a null argument, an unknown enumeration value or a size past the
+  // limits. A format pair that no plan serves answers 0 but leaves the plan
+  // invalid: the next Convert answers 4.
+  unsigned long InitializeConvert(PICTURE_INFO* src, PICTURE_INFO* dst, CONVERT_MODE* mode);
+  // Runs the plan on one picture. 4 without a valid plan, 3 for a null
+  // picture or for src equal to dst where the plan resizes or changes format
+  // and nothing else. The source may be changed in place (a field swap before
+  // a conversion into CF_YUV420). A failed frame leaves the plan usable.
+  unsigned long Convert(unsigned char* const src, unsigned char* dst);
+  // The same for one picture, with a plan that lives for the call (the
+  // scaler of the VRSCL modes too). With `dst` null the required size is
+  // stored in dstInfo->size and the answer is 0; a capacity below it answers
+  // 2 with nothing written.
+  static unsigned long Convert(unsigned char* const src, unsigned char* dst, PICTURE_INFO* srcInfo,
+                               PICTURE_INFO* dstInfo, CONVERT_MODE* mode);
+  // Frees the memory of the plan's work buffers; the plan stays valid and the
+  // next Convert takes its memory back.
+  void ReleaseConvertBuffer();
+
   // ---- Picture copy, rotate, delta and bitmaps ----------------------------
 
   // Copies a picture to another step. `dstSize` is in and out: the capacity on
@@ -853,6 +884,62 @@ class ORV_API OrvImage {
   // kept out of the exported symbols.
   ORV_HIDDEN static bool BlendYUY2(const unsigned char* src, unsigned char* dst, IppiSize size,
                                    float ratio);
+
+  // ---- Conversion pipeline (private) --------------------------------------
+  // Hidden: not part of the library's exported interface.
+  // True when a resize is needed (always when keepAspect asks for bars);
+  // fills the factors, trims and margins of `info`.
+  ORV_HIDDEN static bool GetResizeFactorEx(PICTURE_INFO* src, PICTURE_INFO* dst, bool keepAspect,
+                                           CONVERT_INFO* info);
+  // Decides the scan stage; may change resizeKind. 3 when a de-interlace
+  // mode that the scan stage has no use for is asked for.
+  ORV_HIDDEN static unsigned long CheckInterlaceConv(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                                     DEINTERLACE_MODE deinterlace,
+                                                     CONVERT_INFO* info);
+  // Whether a plan serves the format pair; the step and size of the picture
+  // the colour stage makes (destination format at the source's size).
+  ORV_HIDDEN static bool CheckSupportColorConv(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                               unsigned long* step, unsigned long* size);
+  // True when the field swap must run on the source before the colour stage.
+  ORV_HIDDEN static bool CheckNeedPreFieldSwap(PICTURE_INFO* src, PICTURE_INFO* dst,
+                                               CONVERT_INFO* info);
+  // Frees everything a plan owns and zeroes it; null is accepted.
+  ORV_HIDDEN static void ClearConvertInfo(CONVERT_INFO* info);
+  // The stages of a plan after the shortcut for a plan without resize or
+  // scan stage, shared by both Convert forms. In place, a source step above
+  // `alphaStepLimit` makes the alpha of a CF_YUY2A destination go last.
+  ORV_HIDDEN static unsigned long RunConvertStages(unsigned char* src, unsigned char* dst,
+                                                   PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                                   CONVERT_MODE* mode, CONVERT_INFO* info,
+                                                   int alphaStepLimit,
+                                                   std::vector<OrvMemory*>* work,
+                                                   orv::ColorSpaceConverter* converter);
+
+  // ---- Pipeline stages (private) ------------------------------------------
+  // Bring a picture already in the destination's format (at the source's
+  // size, step magnitude info->srcStep, direction of srcInfo->step) to the
+  // destination's size, direction and scan type. `src` may equal `dst`.
+  ORV_HIDDEN static unsigned long ConvertYUV420(unsigned char* src, unsigned char* dst,
+                                                PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                                CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertYUY2(unsigned char* src, unsigned char* dst,
+                                              PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                              CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertRGB24(unsigned char* src, unsigned char* dst,
+                                               PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                               CONVERT_MODE* mode, CONVERT_INFO* info);
+  ORV_HIDDEN static unsigned long ConvertRGB32(unsigned char* src, unsigned char* dst,
+                                               PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                               CONVERT_MODE* mode, CONVERT_INFO* info);
+  // The whole pipeline for the alpha plane of a CF_YUY2A destination.
+  ORV_HIDDEN static unsigned long SetAlphaYUY2A(unsigned char* src, unsigned char* dst,
+                                                PICTURE_INFO* srcInfo, PICTURE_INFO* dstInfo,
+                                                CONVERT_MODE* mode, CONVERT_INFO* info);
+  // Nearest-neighbour resize of packed pixels, never reading past the
+  // source's last line or pixel. Steps are magnitudes. False for bad input.
+  ORV_HIDDEN static bool NearestResize(int bitsPerPixel, const unsigned char* src, int srcWidth,
+                                       int srcHeight, int srcStep, unsigned char* dst, int dstWidth,
+                                       int dstHeight, int dstStep);
 
   bool m_resizeValid;
   RESIZE_INFO m_resizeInfo;

@@ -63,6 +63,32 @@ struct OrvImageTestAccess {
                              float ratio) {
     return OrvImage::BlendYUY2(src, dst, size, ratio);
   }
+  // ---- Conversion pipeline ----
+  static bool GetResizeFactorEx(OrvImage::PICTURE_INFO* s, OrvImage::PICTURE_INFO* d, bool keep,
+                                OrvImage::CONVERT_INFO* info) {
+    return OrvImage::GetResizeFactorEx(s, d, keep, info);
+  }
+  static unsigned long CheckInterlaceConv(OrvImage::PICTURE_INFO* s, OrvImage::PICTURE_INFO* d,
+                                          OrvImage::DEINTERLACE_MODE m,
+                                          OrvImage::CONVERT_INFO* info) {
+    return OrvImage::CheckInterlaceConv(s, d, m, info);
+  }
+  static bool CheckSupportColorConv(OrvImage::PICTURE_INFO* s, OrvImage::PICTURE_INFO* d,
+                                    unsigned long* step, unsigned long* size) {
+    return OrvImage::CheckSupportColorConv(s, d, step, size);
+  }
+  static bool CheckNeedPreFieldSwap(OrvImage::PICTURE_INFO* s, OrvImage::PICTURE_INFO* d,
+                                    OrvImage::CONVERT_INFO* info) {
+    return OrvImage::CheckNeedPreFieldSwap(s, d, info);
+  }
+  static bool NearestResize(int bits, const unsigned char* src, int sw, int sh, int ss,
+                            unsigned char* dst, int dw, int dh, int ds) {
+    return OrvImage::NearestResize(bits, src, sw, sh, ss, dst, dw, dh, ds);
+  }
+  static const OrvImage::CONVERT_INFO& ConvertInfo(const OrvImage& image) {
+    return image.m_convertInfo;
+  }
+  static void ClearConvertInfo(OrvImage::CONVERT_INFO* info) { OrvImage::ClearConvertInfo(info); }
 };
 
 #endif  // ORV_TESTS_IMAGE_IMAGE_TEST_ACCESS_H_
