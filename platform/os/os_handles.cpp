@@ -7,6 +7,8 @@ namespace orv {
 namespace os {
 namespace {
 
+constexpr uintptr_t kLowestObjectAddress = 0x10000;
+
 class EventObject final : public KernelObject {
  public:
   EventObject(bool manualReset, bool initialState)
@@ -99,7 +101,13 @@ uint32_t KernelObject::Wait(uint32_t timeoutMs) {
 }
 
 KernelObject* FromHandle(HANDLE handle) {
-  if (handle == nullptr || handle == INVALID_HANDLE_VALUE) return nullptr;
+  // File handles of the file layer are descriptors carried in a HANDLE: small
+  // numbers that no object of this layer can have as its address (the lowest
+  // 64 KiB are never mapped). They are refused here instead of followed.
+  if (handle == nullptr || handle == INVALID_HANDLE_VALUE ||
+      reinterpret_cast<uintptr_t>(handle) < kLowestObjectAddress) {
+    return nullptr;
+  }
   return static_cast<KernelObject*>(handle);
 }
 

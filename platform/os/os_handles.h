@@ -52,7 +52,8 @@ class KernelObject {
 };
 
 // Returns the object behind a handle made by this layer, or null for null,
-// and INVALID_HANDLE_VALUE.
+// INVALID_HANDLE_VALUE and the small numbers that file descriptors carried in
+// a HANDLE are (so CloseHandle or a wait on a file handle fails cleanly).
 KernelObject* FromHandle(HANDLE handle);
 
 HANDLE CreateEventObject(bool manualReset, bool initialState);

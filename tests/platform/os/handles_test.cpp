@@ -29,6 +29,10 @@ TEST(OsHandles, BadHandlesFail) {
   EXPECT_EQ(WaitForSingleObject(nullptr, 0), WAIT_FAILED);
   EXPECT_EQ(WaitForSingleObject(INVALID_HANDLE_VALUE, 0), WAIT_FAILED);
   EXPECT_FALSE(CloseHandle(nullptr));
+  // A file descriptor carried in a HANDLE is not an object of this layer.
+  EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(static_cast<intptr_t>(3))));
+  EXPECT_EQ(WaitForSingleObject(reinterpret_cast<HANDLE>(static_cast<intptr_t>(1000)), 0),
+            WAIT_FAILED);
   EXPECT_FALSE(SetEventObject(nullptr));
   HANDLE sem = CreateSemaphoreObject(0, 1);
   EXPECT_FALSE(SetEventObject(sem));  // a semaphore is not an event
