@@ -105,6 +105,8 @@ const Kernels& ActiveKernels();
 void InstallSse2Kernels(Kernels* k);
 void InstallSsse3Kernels(Kernels* k);
 void InstallAvx2Kernels(Kernels* k);
+// The 3- and 4-channel horizontal resize passes (ipp_resize_kernels_avx2.cpp).
+void InstallAvx2ResizeKernels(Kernels* k);
 #endif
 
 }  // namespace ipp

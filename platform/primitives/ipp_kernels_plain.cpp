@@ -265,7 +265,10 @@ Kernels MakeForLevel(SimdLevel level) {
 #if ORV_X86_SIMD
   if (level >= SimdLevel::kSse2) InstallSse2Kernels(&k);
   if (level >= SimdLevel::kSsse3) InstallSsse3Kernels(&k);
-  if (level >= SimdLevel::kAvx2) InstallAvx2Kernels(&k);
+  if (level >= SimdLevel::kAvx2) {
+    InstallAvx2Kernels(&k);
+    InstallAvx2ResizeKernels(&k);
+  }
 #else
   (void)level;
 #endif
