@@ -107,6 +107,8 @@ void InstallSsse3Kernels(Kernels* k);
 void InstallAvx2Kernels(Kernels* k);
 // The 3- and 4-channel horizontal resize passes (ipp_resize_kernels_avx2.cpp).
 void InstallAvx2ResizeKernels(Kernels* k);
+// The vertical and 4-channel horizontal resize passes (ipp_resize_kernels_avx512.cpp).
+void InstallAvx512ResizeKernels(Kernels* k);
 #endif
 
 }  // namespace ipp

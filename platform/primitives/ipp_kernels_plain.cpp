@@ -269,6 +269,7 @@ Kernels MakeForLevel(SimdLevel level) {
     InstallAvx2Kernels(&k);
     InstallAvx2ResizeKernels(&k);
   }
+  if (level >= SimdLevel::kAvx512) InstallAvx512ResizeKernels(&k);
 #else
   (void)level;
 #endif
