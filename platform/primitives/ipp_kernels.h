@@ -109,6 +109,8 @@ void InstallAvx2Kernels(Kernels* k);
 void InstallAvx2ResizeKernels(Kernels* k);
 // The vertical and 4-channel horizontal resize passes (ipp_resize_kernels_avx512.cpp).
 void InstallAvx512ResizeKernels(Kernels* k);
+// The 4-channel alpha composition (ipp_alpha_kernels_avx512.cpp).
+void InstallAvx512AlphaKernels(Kernels* k);
 #endif
 
 }  // namespace ipp

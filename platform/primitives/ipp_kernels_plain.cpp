@@ -269,7 +269,10 @@ Kernels MakeForLevel(SimdLevel level) {
     InstallAvx2Kernels(&k);
     InstallAvx2ResizeKernels(&k);
   }
-  if (level >= SimdLevel::kAvx512) InstallAvx512ResizeKernels(&k);
+  if (level >= SimdLevel::kAvx512) {
+    InstallAvx512ResizeKernels(&k);
+    InstallAvx512AlphaKernels(&k);
+  }
 #else
   (void)level;
 #endif
