@@ -323,8 +323,10 @@ ORV_SIZES((BM_Resize<1, IPPI_INTER_NN>));
 ORV_SIZES((BM_Resize<1, IPPI_INTER_LINEAR>));
 ORV_SIZES((BM_Resize<1, IPPI_INTER_CUBIC>));
 ORV_SIZES((BM_Resize<1, IPPI_INTER_SUPER>));
+ORV_SIZES((BM_Resize<3, IPPI_INTER_NN>));
 ORV_SIZES((BM_Resize<3, IPPI_INTER_LINEAR>));
 ORV_SIZES((BM_Resize<3, IPPI_INTER_CUBIC>));
+ORV_SIZES((BM_Resize<3, IPPI_INTER_SUPER>));
 ORV_SIZES((BM_Resize<4, IPPI_INTER_NN>));
 ORV_SIZES((BM_Resize<4, IPPI_INTER_LINEAR>));
 ORV_SIZES((BM_Resize<4, IPPI_INTER_CUBIC>));
@@ -488,6 +490,31 @@ void BM_Peer_swscale_Gray8(benchmark::State& s) {
   sws_freeContext(c);
   Done(s, int64_t{dw} * dh);
 }
+// Packed 3- and 4-channel scaling (BGR24, BGRA), the peers of the C3 and C4 resizes.
+template <int C, int Flags>
+void BM_Peer_swscale_Packed(benchmark::State& s) {
+  const int w = static_cast<int>(s.range(0)), h = static_cast<int>(s.range(1));
+  const int dw = w == 1920 ? 720 : 1920, dh = w == 1920 ? 480 : 1080;
+  const AVPixelFormat f = C == 3 ? AV_PIX_FMT_BGR24 : AV_PIX_FMT_BGRA;
+  Plane a(C * w, h), d(C * dw, dh);
+  SwsContext* c = sws_getContext(w, h, f, dw, dh, f, Flags, nullptr, nullptr, nullptr);
+  const uint8_t* src[1] = {a.p()};
+  const int st[1] = {a.step};
+  uint8_t* dst[1] = {d.p()};
+  const int dst_st[1] = {d.step};
+  for (auto _ : s) sws_scale(c, src, st, 0, h, dst, dst_st);
+  sws_freeContext(c);
+  Done(s, int64_t{dw} * dh);
+}
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_POINT>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_BILINEAR>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_BICUBIC>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_AREA>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_POINT>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_BILINEAR>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_BICUBIC>));
+ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_AREA>));
+
 ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_POINT>);
 ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_BILINEAR>);
 ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_BICUBIC>);
