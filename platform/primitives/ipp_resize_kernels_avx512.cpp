@@ -62,9 +62,38 @@ inline int32_t Ld32(const int16_t* p) {
   return v;
 }
 
+// Weight pairs (c[t], c[t + 1]) of four pixels whose groups of `taps` weights
+// follow each other from c, pair of pixel q repeated over quarter q. Up to 10
+// taps one masked load reaches all four groups and one word permute places
+// them; wider groups take one broadcast per pixel.
+struct QuarterWeights {
+  int taps;
+  __mmask32 mask;
+  __m512i index;
+  explicit QuarterWeights(int n) : taps(n), mask(0), index(_mm512_setzero_si512()) {
+    if (n > 10) return;
+    alignas(64) int16_t idx[32];
+    for (int q = 0; q < 4; ++q)
+      for (int k = 0; k < 4; ++k) {
+        idx[q * 8 + 2 * k] = static_cast<int16_t>(q * n);
+        idx[q * 8 + 2 * k + 1] = static_cast<int16_t>(q * n + 1);
+      }
+    index = _mm512_load_si512(idx);
+    mask = static_cast<__mmask32>((uint64_t{1} << (3 * n + 2)) - 1);
+  }
+  __m512i At(const int16_t* c) const {
+    if (taps <= 10) return _mm512_permutexvar_epi16(index, _mm512_maskz_loadu_epi16(mask, c));
+    __m512i w = _mm512_castsi128_si512(_mm_set1_epi32(Ld32(c)));
+    w = _mm512_inserti32x4(w, _mm_set1_epi32(Ld32(c + taps)), 1);
+    w = _mm512_inserti32x4(w, _mm_set1_epi32(Ld32(c + 2 * taps)), 2);
+    return _mm512_inserti32x4(w, _mm_set1_epi32(Ld32(c + 3 * taps)), 3);
+  }
+};
+
 // Channel sums of destination pixels x .. x+3, pixel x + q in quarter q.
-inline __m512i Sums4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
-                     int x) {
+inline __m512i Sums4(const int16_t* src, const int32_t* start, const int16_t* coef,
+                     const QuarterWeights& weights, int x) {
+  const int taps = weights.taps;
   const __m512i pairing =
       _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
   const int16_t* s[4];
@@ -77,11 +106,7 @@ inline __m512i Sums4(const int16_t* src, const int32_t* start, const int16_t* co
     v = _mm512_inserti32x4(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[1] + 4 * t)), 1);
     v = _mm512_inserti32x4(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[2] + 4 * t)), 2);
     v = _mm512_inserti32x4(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[3] + 4 * t)), 3);
-    __m512i w = _mm512_setr_epi32(
-        Ld32(c + t), Ld32(c + t), Ld32(c + t), Ld32(c + t), Ld32(c + taps + t), Ld32(c + taps + t),
-        Ld32(c + taps + t), Ld32(c + taps + t), Ld32(c + 2 * taps + t), Ld32(c + 2 * taps + t),
-        Ld32(c + 2 * taps + t), Ld32(c + 2 * taps + t), Ld32(c + 3 * taps + t),
-        Ld32(c + 3 * taps + t), Ld32(c + 3 * taps + t), Ld32(c + 3 * taps + t));
+    __m512i w = weights.At(c + t);
     // The odd tap at the end weighs only its first pixel.
     if (t + 1 == taps) w = _mm512_and_si512(w, _mm512_set1_epi32(0xFFFF));
     acc = _mm512_add_epi32(acc, _mm512_madd_epi16(_mm512_shuffle_epi8(v, pairing), w));
@@ -91,11 +116,12 @@ inline __m512i Sums4(const int16_t* src, const int32_t* start, const int16_t* co
 
 void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
                         uint8_t* dst, int width) {
+  const QuarterWeights weights(taps);
   int x = 0;
   for (; x + 8 <= width; x += 8) {
     // Words [x, x+4 | x+1, x+5 | x+2, x+6 | x+3, x+7]; bytes likewise, twice.
-    const __m512i w =
-        _mm512_packs_epi32(Sums4(src, start, coef, taps, x), Sums4(src, start, coef, taps, x + 4));
+    const __m512i w = _mm512_packs_epi32(Sums4(src, start, coef, weights, x),
+                                         Sums4(src, start, coef, weights, x + 4));
     const __m512i b = _mm512_packus_epi16(w, w);
     const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 0, 0, 0, 0, 0, 0, 0, 0);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 4 * x),
