@@ -92,22 +92,59 @@ inline __m256i Dot3(__m256i a, __m256i b, __m256i c, int ca, int cb, int cc, int
   return _mm256_packs_epi32(_mm256_srai_epi32(lo, shift), _mm256_srai_epi32(hi, shift));
 }
 
+// Two 16-bit lanes interleaved for a multiply-add, low and high halves.
+struct Interleaved {
+  __m256i lo, hi;
+};
+inline Interleaved Interleave(__m256i a, __m256i b) {
+  return {_mm256_unpacklo_epi16(a, b), _mm256_unpackhi_epi16(a, b)};
+}
+
+// (ca x a + cb x b + add) >> shift from interleaved (a, b), and the same with
+// a second interleaved pair (c, d) weighted (cc, cd); 32-bit sums like Dot3.
+inline __m256i Sum2(const Interleaved& ab, __m256i pab, __m256i add, int shift) {
+  return _mm256_packs_epi32(
+      _mm256_srai_epi32(_mm256_add_epi32(_mm256_madd_epi16(ab.lo, pab), add), shift),
+      _mm256_srai_epi32(_mm256_add_epi32(_mm256_madd_epi16(ab.hi, pab), add), shift));
+}
+inline __m256i Sum4(const Interleaved& ab, __m256i pab, const Interleaved& cd, __m256i pcd,
+                    int shift) {
+  return _mm256_packs_epi32(
+      _mm256_srai_epi32(
+          _mm256_add_epi32(_mm256_madd_epi16(ab.lo, pab), _mm256_madd_epi16(cd.lo, pcd)), shift),
+      _mm256_srai_epi32(
+          _mm256_add_epi32(_mm256_madd_epi16(ab.hi, pab), _mm256_madd_epi16(cd.hi, pcd)), shift));
+}
+
+// The studio matrix with the interleaved pairs shared by the three colours:
+// (y, v) for red, (y, u) for green and blue, (v, 1) for green's last term and
+// its rounding. Same 32-bit sums as Dot3, so the same bytes.
 inline void Studio16(__m256i y, __m256i u, __m256i v, __m256i* r, __m256i* g, __m256i* b) {
   y = _mm256_sub_epi16(y, _mm256_set1_epi16(16));
   u = _mm256_sub_epi16(u, _mm256_set1_epi16(128));
   v = _mm256_sub_epi16(v, _mm256_set1_epi16(128));
-  *r = Dot3(y, v, u, cm::kStudioY, cm::kStudioRV, 0, cm::kRound, cm::kShift);
-  *g = Dot3(y, u, v, cm::kStudioY, -cm::kStudioGU, -cm::kStudioGV, cm::kRound, cm::kShift);
-  *b = Dot3(y, u, v, cm::kStudioY, cm::kStudioBU, 0, cm::kRound, cm::kShift);
+  const __m256i round = _mm256_set1_epi32(cm::kRound);
+  const Interleaved yv = Interleave(y, v), yu = Interleave(y, u);
+  const Interleaved v1 = Interleave(v, _mm256_set1_epi16(1));
+  *r = Sum2(yv, Pair(cm::kStudioY, cm::kStudioRV), round, cm::kShift);
+  *g = Sum4(yu, Pair(cm::kStudioY, -cm::kStudioGU), v1, Pair(-cm::kStudioGV, cm::kRound),
+            cm::kShift);
+  *b = Sum2(yu, Pair(cm::kStudioY, cm::kStudioBU), round, cm::kShift);
 }
 
+// The JFIF matrix. A single product rounded by itself, (c x d + 2^12) >> 13,
+// equals the rounding multiply-high of 4d and c, (4cd + 2^14) >> 15, exactly
+// (4d fits 16 bits for any chroma difference); green's two products are
+// summed in 32 bits first, as the plain form does.
 inline void Jpeg16(__m256i y, __m256i u, __m256i v, __m256i* r, __m256i* g, __m256i* b) {
+  static_assert(cm::kShift == 13, "the multiply-high form assumes 13 fractional bits");
   u = _mm256_sub_epi16(u, _mm256_set1_epi16(128));
   v = _mm256_sub_epi16(v, _mm256_set1_epi16(128));
-  const __m256i z = _mm256_setzero_si256();
-  *r = _mm256_add_epi16(y, Dot3(v, u, z, cm::kJpegRV, 0, 0, cm::kRound, cm::kShift));
-  *g = _mm256_add_epi16(y, Dot3(u, v, z, -cm::kJpegGU, -cm::kJpegGV, 0, cm::kRound, cm::kShift));
-  *b = _mm256_add_epi16(y, Dot3(u, v, z, cm::kJpegBU, 0, 0, cm::kRound, cm::kShift));
+  const __m256i u4 = _mm256_slli_epi16(u, 2), v4 = _mm256_slli_epi16(v, 2);
+  *r = _mm256_add_epi16(y, _mm256_mulhrs_epi16(v4, _mm256_set1_epi16(cm::kJpegRV)));
+  *g = _mm256_add_epi16(y, Sum2(Interleave(u, v), Pair(-cm::kJpegGU, -cm::kJpegGV),
+                                _mm256_set1_epi32(cm::kRound), cm::kShift));
+  *b = _mm256_add_epi16(y, _mm256_mulhrs_epi16(u4, _mm256_set1_epi16(cm::kJpegBU)));
 }
 
 inline __m256i Lo16(__m256i v) { return _mm256_unpacklo_epi8(v, _mm256_setzero_si256()); }
@@ -280,11 +317,16 @@ void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int 
     __m256i out[3][2];
     for (int h = 0; h < 2; ++h) {
       const __m256i R = h ? Hi16(r) : Lo16(r), G = h ? Hi16(g) : Lo16(g), B = h ? Hi16(b) : Lo16(b);
-      out[0][h] = Dot3(R, G, B, cm::kJpegYR, cm::kJpegYG, cm::kJpegYB, cm::kRound, cm::kShift);
+      // (R, G) and (B, 1) interleaved once for the three rows of the matrix.
+      const Interleaved rg = Interleave(R, G), b1 = Interleave(B, _mm256_set1_epi16(1));
+      out[0][h] =
+          Sum4(rg, Pair(cm::kJpegYR, cm::kJpegYG), b1, Pair(cm::kJpegYB, cm::kRound), cm::kShift);
       out[1][h] = _mm256_add_epi16(
-          Dot3(R, G, B, cm::kJpegUR, cm::kJpegUG, cm::kJpegUB, cm::kRound, cm::kShift), off);
+          Sum4(rg, Pair(cm::kJpegUR, cm::kJpegUG), b1, Pair(cm::kJpegUB, cm::kRound), cm::kShift),
+          off);
       out[2][h] = _mm256_add_epi16(
-          Dot3(R, G, B, cm::kJpegVR, cm::kJpegVG, cm::kJpegVB, cm::kRound, cm::kShift), off);
+          Sum4(rg, Pair(cm::kJpegVR, cm::kJpegVG), b1, Pair(cm::kJpegVB, cm::kRound), cm::kShift),
+          off);
     }
     St(y + x, _mm256_packus_epi16(out[0][0], out[0][1]));
     St(cb + x, _mm256_packus_epi16(out[1][0], out[1][1]));
