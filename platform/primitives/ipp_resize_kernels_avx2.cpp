@@ -103,9 +103,43 @@ void FilterHorizontalC3(const int16_t* src, const int32_t* start, const int16_t*
                                       dst + 3 * x, width - x);
 }
 
+// Nearest neighbour of 1-byte pixels, sixteen a step with two dword gathers.
+// Each gather reads the four bytes that end at the wanted one, so it never
+// reads past the source pixel it takes; a block with an index below 3 (whose
+// read would start before the line) is done by the plain form.
+void GatherC1(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
+  const __m256i three = _mm256_set1_epi32(3);
+  const __m256i top =
+      _mm256_setr_epi8(3, 7, 11, 15, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 3, 7, 11, 15,
+                       -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 3, 6, 7);
+  const int* base = reinterpret_cast<const int*>(src);
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    const __m256i j0 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(index + x));
+    const __m256i j1 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(index + x + 8));
+    const __m256i low =
+        _mm256_or_si256(_mm256_cmpgt_epi32(three, j0), _mm256_cmpgt_epi32(three, j1));
+    if (!_mm256_testz_si256(low, low)) {
+      PlainKernels().gatherC1(src, index + x, dst + x, 16);
+      continue;
+    }
+    // Bytes per half: [p0-3 . . . | p4-7 . . .] and [p8-11 | p12-15].
+    const __m256i a =
+        _mm256_shuffle_epi8(_mm256_i32gather_epi32(base, _mm256_sub_epi32(j0, three), 1), top);
+    const __m256i b =
+        _mm256_shuffle_epi8(_mm256_i32gather_epi32(base, _mm256_sub_epi32(j1, three), 1), top);
+    // Dwords [a0 b0 . . | a1 b1 . .], then in order a0 a1 b0 b1.
+    const __m256i v = _mm256_permutevar8x32_epi32(_mm256_unpacklo_epi32(a, b), order);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x), _mm256_castsi256_si128(v));
+  }
+  if (x < width) PlainKernels().gatherC1(src, index + x, dst + x, width - x);
+}
+
 }  // namespace
 
 void InstallAvx2ResizeKernels(Kernels* k) {
+  k->gatherC1 = GatherC1;
   k->filterHorizontalC3 = FilterHorizontalC3;
   k->filterHorizontalC4 = FilterHorizontalC4;
 }
