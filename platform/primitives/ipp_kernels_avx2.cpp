@@ -418,6 +418,38 @@ void AlphaOverAC4(const uint8_t* a, const uint8_t* b, uint8_t* d, int width) {
     KernelsFor(SimdLevel::kSse2).alphaOverAC4(a + 4 * x, b + 4 * x, d + 4 * x, width - x);
 }
 
+// Two-to-one sampling. The pair sums come from an unsigned-by-signed byte
+// multiply-add with weights 1 (at most 510, exact in 16 bits); the packs work
+// within halves, so one qword permute puts the 32 results in order.
+void SampleDownH2V2(const uint8_t* r0, const uint8_t* r1, uint8_t* d, int width) {
+  const __m256i ones = _mm256_set1_epi8(1), two = _mm256_set1_epi16(2);
+  int x = 0;
+  for (; x + 32 <= width; x += 32) {
+    __m256i q[2];
+    for (int h = 0; h < 2; ++h) {
+      const __m256i a = _mm256_maddubs_epi16(Ld(r0 + 2 * x + 32 * h), ones);
+      const __m256i b = _mm256_maddubs_epi16(Ld(r1 + 2 * x + 32 * h), ones);
+      q[h] = _mm256_srli_epi16(_mm256_add_epi16(_mm256_add_epi16(a, b), two), 2);
+    }
+    St(d + x, _mm256_permute4x64_epi64(_mm256_packus_epi16(q[0], q[1]), 0xD8));
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSse2).sampleDownH2V2(r0 + 2 * x, r1 + 2 * x, d + x, width - x);
+}
+
+void SampleDownH2V1(const uint8_t* r, uint8_t* d, int width) {
+  const __m256i ones = _mm256_set1_epi8(1), one = _mm256_set1_epi16(1);
+  int x = 0;
+  for (; x + 32 <= width; x += 32) {
+    const __m256i a = _mm256_maddubs_epi16(Ld(r + 2 * x), ones);
+    const __m256i b = _mm256_maddubs_epi16(Ld(r + 2 * x + 32), ones);
+    const __m256i qa = _mm256_srli_epi16(_mm256_add_epi16(a, one), 1);
+    const __m256i qb = _mm256_srli_epi16(_mm256_add_epi16(b, one), 1);
+    St(d + x, _mm256_permute4x64_epi64(_mm256_packus_epi16(qa, qb), 0xD8));
+  }
+  if (x < width) KernelsFor(SimdLevel::kSse2).sampleDownH2V1(r + 2 * x, d + x, width - x);
+}
+
 // Nearest neighbour of 4-byte pixels: one gather of eight pixels, each read whole.
 void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
   int x = 0;
@@ -431,6 +463,8 @@ void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width)
 }  // namespace
 
 void InstallAvx2Kernels(Kernels* k) {
+  k->sampleDownH2V2 = SampleDownH2V2;
+  k->sampleDownH2V1 = SampleDownH2V1;
   k->yuv420ToBgr = Yuv420ToBgr;
   k->yuy2ToRgb = Yuy2ToRgb;
   k->yuy2ToRgbPlanes = Yuy2ToRgbPlanes;
