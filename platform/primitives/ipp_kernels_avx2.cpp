@@ -372,26 +372,22 @@ inline __m256i Div255u16(__m256i x) {
   return _mm256_srli_epi16(_mm256_add_epi16(t, _mm256_srli_epi16(t, 8)), 8);
 }
 
-// (x + 127) / 255 in 32-bit lanes: exact up to 65662 and at least 255 above
-// 65025, so after saturation to 255 it equals min(255, (x + 127) / 255).
-inline __m256i Div255u32(__m256i x) {
-  const __m256i t = _mm256_add_epi32(x, _mm256_set1_epi32(128));
-  return _mm256_srli_epi32(_mm256_add_epi32(t, _mm256_srli_epi32(t, 8)), 8);
+// wa x a + wb x b in unsigned 16-bit lanes: each product fits (at most 65025),
+// the sum saturates at 65535, and clamping to 65025 keeps Div255u16 exact;
+// every sum from 65025 up gives 255 either way, as the plain min(255, ...).
+inline __m256i Mix16(__m256i a, __m256i b, __m256i wa, __m256i wb) {
+  const __m256i x = _mm256_adds_epu16(_mm256_mullo_epi16(a, wa), _mm256_mullo_epi16(b, wb));
+  return Div255u16(_mm256_min_epu16(x, _mm256_set1_epi16(static_cast<int16_t>(65025))));
 }
 
 void AlphaMix(const uint8_t* a, const uint8_t* b, uint8_t* d, int count, int wa, int wb) {
-  const __m256i w = Pair(wa, wb);
+  const __m256i va16 = _mm256_set1_epi16(static_cast<int16_t>(wa));
+  const __m256i vb16 = _mm256_set1_epi16(static_cast<int16_t>(wb));
   int i = 0;
   for (; i + 32 <= count; i += 32) {
     const __m256i va = Ld(a + i), vb = Ld(b + i);
-    __m256i r[2];
-    for (int h = 0; h < 2; ++h) {
-      const __m256i x = h ? Hi16(va) : Lo16(va), y = h ? Hi16(vb) : Lo16(vb);
-      const __m256i lo = Div255u32(_mm256_madd_epi16(_mm256_unpacklo_epi16(x, y), w));
-      const __m256i hi = Div255u32(_mm256_madd_epi16(_mm256_unpackhi_epi16(x, y), w));
-      r[h] = _mm256_packs_epi32(lo, hi);
-    }
-    St(d + i, _mm256_packus_epi16(r[0], r[1]));
+    St(d + i, _mm256_packus_epi16(Mix16(Lo16(va), Lo16(vb), va16, vb16),
+                                  Mix16(Hi16(va), Hi16(vb), va16, vb16)));
   }
   if (i < count) KernelsFor(SimdLevel::kSse2).alphaMix(a + i, b + i, d + i, count - i, wa, wb);
 }

@@ -7,6 +7,7 @@
 
 #include "picture_helpers.h"
 #include "platform/primitives/ipp.h"
+#include "platform/primitives/ipp_kernels.h"
 
 namespace {
 
@@ -133,6 +134,28 @@ TEST(IppAlpha, PerPixelOverUsesTheFourthByte) {
   EXPECT_EQ(std::vector<uint8_t>(got.begin() + 12, got.end()),
             (std::vector<uint8_t>{107, 107, 107, 160}));
   EXPECT_TRUE(d.CanariesIntact());
+}
+
+// The constant-alpha mix of every processor form against the plain one, for
+// every pair of samples and weights that reach both ends of the sum (the
+// forms keep the sum in 16 bits and clamp it, so the top is where they could
+// go wrong).
+TEST(IppAlphaKernels, ConstantMixMatchesPlainForEveryPairOfSamples) {
+  std::vector<uint8_t> a(65536), b(65536), want(65536), got(65536);
+  for (int i = 0; i < 65536; ++i) {
+    a[i] = static_cast<uint8_t>(i & 255);
+    b[i] = static_cast<uint8_t>(i >> 8);
+  }
+  const int weights[] = {0, 1, 2, 64, 127, 128, 129, 200, 254, 255};
+  for (int lv = 1; lv <= static_cast<int>(orv::DetectSimdLevel()); ++lv) {
+    const Kernels& form = KernelsFor(static_cast<orv::SimdLevel>(lv));
+    for (int wa : weights)
+      for (int wb : weights) {
+        PlainKernels().alphaMix(a.data(), b.data(), want.data(), 65536, wa, wb);
+        form.alphaMix(a.data(), b.data(), got.data(), 65536, wa, wb);
+        ASSERT_EQ(got, want) << "level " << lv << " weights " << wa << ", " << wb;
+      }
+  }
 }
 
 }  // namespace
