@@ -458,8 +458,8 @@ ORV_PEER_SIZES(BM_Peer_libyuv_I420Scale);
 #endif  // ORV_HAVE_LIBYUV
 
 #if defined(ORV_HAVE_SWSCALE)
-// swscale: yuv420p to bgr24, and gray8 scaling with its bicubic, area, bilinear
-// and point filters (single thread).
+// swscale: yuv420p to bgr24, and gray8 / BGR24 / BGRA scaling with its point,
+// bilinear, bicubic and area filters (single thread).
 void BM_Peer_swscale_Yuv420pToBgr24(benchmark::State& s) {
   const int w = static_cast<int>(s.range(0)), h = static_cast<int>(s.range(1));
   Plane y(w, h), u(w / 2, h / 2), v(w / 2, h / 2), d(3 * w, h);
@@ -475,27 +475,13 @@ void BM_Peer_swscale_Yuv420pToBgr24(benchmark::State& s) {
 }
 ORV_PEER_SIZES(BM_Peer_swscale_Yuv420pToBgr24);
 
-template <int Flags>
-void BM_Peer_swscale_Gray8(benchmark::State& s) {
-  const int w = static_cast<int>(s.range(0)), h = static_cast<int>(s.range(1));
-  const int dw = w == 1920 ? 720 : 1920, dh = w == 1920 ? 480 : 1080;
-  Plane a(w, h), d(dw, dh);
-  SwsContext* c = sws_getContext(w, h, AV_PIX_FMT_GRAY8, dw, dh, AV_PIX_FMT_GRAY8, Flags, nullptr,
-                                 nullptr, nullptr);
-  const uint8_t* src[1] = {a.p()};
-  const int st[1] = {a.step};
-  uint8_t* dst[1] = {d.p()};
-  const int dst_st[1] = {d.step};
-  for (auto _ : s) sws_scale(c, src, st, 0, h, dst, dst_st);
-  sws_freeContext(c);
-  Done(s, int64_t{dw} * dh);
-}
-// Packed 3- and 4-channel scaling (BGR24, BGRA), the peers of the C3 and C4 resizes.
+// One-plane scaling in format f with C bytes a pixel: gray8 (C 1) for the
+// C1 resizes, BGR24 and BGRA for the C3 and C4 resizes.
 template <int C, int Flags>
-void BM_Peer_swscale_Packed(benchmark::State& s) {
+void BM_Peer_swscale_Scale(benchmark::State& s) {
   const int w = static_cast<int>(s.range(0)), h = static_cast<int>(s.range(1));
   const int dw = w == 1920 ? 720 : 1920, dh = w == 1920 ? 480 : 1080;
-  const AVPixelFormat f = C == 3 ? AV_PIX_FMT_BGR24 : AV_PIX_FMT_BGRA;
+  const AVPixelFormat f = C == 1 ? AV_PIX_FMT_GRAY8 : (C == 3 ? AV_PIX_FMT_BGR24 : AV_PIX_FMT_BGRA);
   Plane a(C * w, h), d(C * dw, dh);
   SwsContext* c = sws_getContext(w, h, f, dw, dh, f, Flags, nullptr, nullptr, nullptr);
   const uint8_t* src[1] = {a.p()};
@@ -506,19 +492,18 @@ void BM_Peer_swscale_Packed(benchmark::State& s) {
   sws_freeContext(c);
   Done(s, int64_t{dw} * dh);
 }
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_POINT>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_BILINEAR>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_BICUBIC>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<3, SWS_AREA>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_POINT>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_BILINEAR>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_BICUBIC>));
-ORV_PEER_SIZES((BM_Peer_swscale_Packed<4, SWS_AREA>));
-
-ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_POINT>);
-ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_BILINEAR>);
-ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_BICUBIC>);
-ORV_PEER_SIZES(BM_Peer_swscale_Gray8<SWS_AREA>);
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<1, SWS_POINT>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<1, SWS_BILINEAR>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<1, SWS_BICUBIC>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<1, SWS_AREA>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<3, SWS_POINT>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<3, SWS_BILINEAR>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<3, SWS_BICUBIC>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<3, SWS_AREA>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<4, SWS_POINT>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<4, SWS_BILINEAR>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<4, SWS_BICUBIC>));
+ORV_PEER_SIZES((BM_Peer_swscale_Scale<4, SWS_AREA>));
 #endif  // ORV_HAVE_SWSCALE
 
 }  // namespace

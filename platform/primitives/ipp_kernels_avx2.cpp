@@ -1,4 +1,5 @@
-// AVX2 forms of the colour conversions and of the vertical resize pass. They
+// AVX2 forms of the colour conversions, the two-to-one sampling, the alpha
+// mixes, the vertical resize pass and the 4-byte gather. The colour forms
 // do the work of the SSSE3 forms on 32 pixels at a time: every 128-bit half
 // of a register holds what one SSSE3 register holds, so the byte shuffles and
 // the unpack/pack pairs stay within their halves. Each gives the bytes of its
