@@ -399,6 +399,8 @@ ORV_PEER(BM_Peer_libyuv_ARGBMirror, Plane a(4 * w, h);
          Plane d(4 * w, h), libyuv::ARGBMirror(a.p(), a.step, d.p(), d.step, w, h))
 ORV_PEER(BM_Peer_libyuv_RGB24ToARGB, Plane a(3 * w, h);
          Plane d(4 * w, h), libyuv::RGB24ToARGB(a.p(), a.step, d.p(), d.step, w, h))
+ORV_PEER(BM_Peer_libyuv_RGB24ToRAW, Plane a(3 * w, h);
+         Plane d(3 * w, h), libyuv::RGB24ToRAW(a.p(), a.step, d.p(), d.step, w, h))
 ORV_PEER(BM_Peer_libyuv_ARGBToRGB24, Plane a(4 * w, h);
          Plane d(3 * w, h), libyuv::ARGBToRGB24(a.p(), a.step, d.p(), d.step, w, h))
 ORV_PEER(BM_Peer_libyuv_SplitRGBPlane, Plane a(3 * w, h); Plane r(w, h); Plane g(w, h);

@@ -358,14 +358,35 @@ void ReverseC3(const uint8_t* s, uint8_t* d, int width) {
   if (x < width) PlainKernels().reverseC3(s, d + 3 * x, width - x);
 }
 
+// Sixteen pixels (three vectors) a step. Output byte i takes input byte
+// 3 (i / 3) + order[i % 3], which lies in the same vector or a neighbour, so
+// each output vector is the or of at most three shuffles. All three loads of a
+// step come before its stores, and steps never overlap, so the form works in
+// place (an overlapping store would also stall the next load).
 void SwapC3(const uint8_t* s, uint8_t* d, int width, const int order[3]) {
-  alignas(16) int8_t mask[16];
-  for (int i = 0; i < 15; ++i) mask[i] = static_cast<int8_t>((i / 3) * 3 + order[i % 3]);
-  // 5 whole pixels (15 bytes) per 16-byte vector; byte 15 is rewritten with itself.
-  mask[15] = 15;
-  const __m128i m = Mk(mask);
+  alignas(16) int8_t mask[3][3][16];  // [output vector][input vector - output vector + 1]
+  for (int k = 0; k < 3; ++k)
+    for (int j = 0; j < 3; ++j)
+      for (int i = 0; i < 16; ++i) {
+        const int out = 16 * k + i;
+        const int in = 3 * (out / 3) + order[out % 3];
+        mask[k][j][i] = static_cast<int8_t>(in / 16 == k + j - 1 ? in % 16 : -128);
+      }
+  __m128i m[3][3];
+  for (int k = 0; k < 3; ++k)
+    for (int j = 0; j < 3; ++j) m[k][j] = Mk(mask[k][j]);
   int x = 0;
-  for (; x + 6 <= width; x += 5) St(d + 3 * x, _mm_shuffle_epi8(Ld(s + 3 * x), m));
+  for (; x + 16 <= width; x += 16) {
+    const uint8_t* p = s + 3 * x;
+    const __m128i in[3] = {Ld(p), Ld(p + 16), Ld(p + 32)};
+    __m128i out[3];
+    for (int k = 0; k < 3; ++k) {
+      out[k] = _mm_shuffle_epi8(in[k], m[k][1]);
+      if (k > 0) out[k] = _mm_or_si128(out[k], _mm_shuffle_epi8(in[k - 1], m[k][0]));
+      if (k < 2) out[k] = _mm_or_si128(out[k], _mm_shuffle_epi8(in[k + 1], m[k][2]));
+    }
+    for (int k = 0; k < 3; ++k) St(d + 3 * x + 16 * k, out[k]);
+  }
   if (x < width) PlainKernels().swapC3(s + 3 * x, d + 3 * x, width - x, order);
 }
 
