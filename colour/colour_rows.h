@@ -80,6 +80,27 @@ struct PlanarRows {
                  const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst);
 };
 
+// What the byte multiply-add bodies of toYuy2 make of a chroma filter
+// (wa x a + wb x b + round) >> shift: the sum of one multiply-add of the
+// interleaved samples, then the cheapest exact scaling.
+enum class Yuy2Chroma {
+  kUnsuited,   // weights beyond a signed byte or sums beyond 16 bits: the word body
+  kCopy,       // wa 1, wb 0, no rounding, no shift: the samples of line a
+  kRoundHalf,  // round 2^(shift-1): (x * 2^(15-shift) + 2^14) >> 15, one rounding multiply
+  kFloor,      // round 0: a shift alone
+  kGeneral,    // add, then shift
+};
+
+inline Yuy2Chroma ClassifyYuy2Chroma(int wa, int wb, int round, int shift) {
+  if (wa < 0 || wb < 0 || wa > 127 || wb > 127 || round < 0 || shift < 0 || shift > 15 ||
+      (wa + wb) * 255 + round > 32767)
+    return Yuy2Chroma::kUnsuited;
+  if (wa == 1 && wb == 0 && round == 0 && shift == 0) return Yuy2Chroma::kCopy;
+  if (shift >= 1 && round == 1 << (shift - 1)) return Yuy2Chroma::kRoundHalf;
+  if (round == 0) return Yuy2Chroma::kFloor;
+  return Yuy2Chroma::kGeneral;
+}
+
 struct RgbRows {
   // Colour terms of `n` chroma columns, plus the right-edge entry [n] = [n-1].
   void (*terms)(const uint8_t* u, const uint8_t* v, int n, const RgbMatrix& m, int16_t* r,

@@ -251,28 +251,87 @@ void Yuy2ToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t*
   if (j < pairs) Sse2PlanarRows().yuy2ToUV(a + 4 * j, b + 4 * j, pairs - j, field, u + j, v + j);
 }
 
+// ----- 4:2:0 to YUY2 ------------------------------------------------------------
+//
+// The chroma sums come from one byte multiply-add of the interleaved samples of
+// both lines (unpacklo / unpackhi keep 128-bit halves: [0-7 | 16-23] and
+// [8-15 | 24-31] of 32 columns), U in the low and V in the high byte of a word,
+// then interleaved with Y and stored with one lane fix per 32 bytes.
+
+struct ChromaConsts {
+  __m256i weights, mul, round;
+  __m128i shift;
+  ChromaConsts(int wa, int wb, int rnd, int sh)
+      : weights(_mm256_set1_epi16(static_cast<int16_t>((wb << 8) | wa))),
+        mul(Set16(sh >= 1 ? 1 << (15 - sh) : 0)),
+        round(Set16(rnd)),
+        shift(_mm_cvtsi32_si128(sh)) {}
+};
+
+// Filtered chroma as words, from sample bytes interleaved a, b.
+template <Yuy2Chroma kKind>
+inline __m256i ScaleChroma(__m256i ab, const ChromaConsts& k) {
+  const __m256i sum = _mm256_maddubs_epi16(ab, k.weights);
+  if (kKind == Yuy2Chroma::kRoundHalf) return _mm256_mulhrs_epi16(sum, k.mul);
+  if (kKind == Yuy2Chroma::kFloor) return _mm256_srl_epi16(sum, k.shift);
+  return _mm256_srl_epi16(_mm256_add_epi16(sum, k.round), k.shift);
+}
+
+template <Yuy2Chroma kKind>
+int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
+               const uint8_t* vb, int pairs, const ChromaConsts& consts, uint8_t* dst) {
+  const ChromaConsts k = consts;  // a local copy: stores through dst can't alias it
+  int j = 0;
+  for (; j + 32 <= pairs; j += 32) {
+    __m256i uvlo, uvhi;  // words (U, V) of pairs [0-7 | 16-23] and [8-15 | 24-31]
+    if (kKind == Yuy2Chroma::kCopy) {
+      const __m256i u = LoadU(ua + j), v = LoadU(va + j);
+      uvlo = _mm256_unpacklo_epi8(u, v);
+      uvhi = _mm256_unpackhi_epi8(u, v);
+    } else {
+      const __m256i a = LoadU(ua + j), b = LoadU(ub + j), c = LoadU(va + j), d = LoadU(vb + j);
+      uvlo =
+          _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpacklo_epi8(a, b), k),
+                          _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpacklo_epi8(c, d), k), 8));
+      uvhi =
+          _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpackhi_epi8(a, b), k),
+                          _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpackhi_epi8(c, d), k), 8));
+    }
+    const __m256i y0 = LoadU(y + 2 * j), y1 = LoadU(y + 2 * j + 32);
+    const __m256i ya = _mm256_permute2x128_si256(y0, y1, 0x20);  // pairs [0-7 | 16-23]
+    const __m256i yb = _mm256_permute2x128_si256(y0, y1, 0x31);  // [8-15 | 24-31]
+    const __m256i o1 = _mm256_unpacklo_epi8(ya, uvlo);           // [0-3 | 16-19]
+    const __m256i o2 = _mm256_unpackhi_epi8(ya, uvlo);           // [4-7 | 20-23]
+    const __m256i o3 = _mm256_unpacklo_epi8(yb, uvhi);           // [8-11 | 24-27]
+    const __m256i o4 = _mm256_unpackhi_epi8(yb, uvhi);           // [12-15 | 28-31]
+    uint8_t* out = dst + 4 * j;
+    StoreU(out, _mm256_permute2x128_si256(o1, o2, 0x20));
+    StoreU(out + 32, _mm256_permute2x128_si256(o3, o4, 0x20));
+    StoreU(out + 64, _mm256_permute2x128_si256(o1, o2, 0x31));
+    StoreU(out + 96, _mm256_permute2x128_si256(o3, o4, 0x31));
+  }
+  return j;
+}
+
 void ToYuy2(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
             const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
-  const __m256i WA = Set16(wa), WB = Set16(wb), R = Set16(round);
-  const __m128i S = _mm_cvtsi32_si128(shift);
+  const ChromaConsts k(wa, wb, round, shift);
   int j = 0;
-  for (; j + 16 <= pairs; j += 16) {
-    const __m256i cu =
-        _mm256_srl_epi16(_mm256_add_epi16(_mm256_add_epi16(_mm256_mullo_epi16(Load16(ua + j), WA),
-                                                           _mm256_mullo_epi16(Load16(ub + j), WB)),
-                                          R),
-                         S);
-    const __m256i cv =
-        _mm256_srl_epi16(_mm256_add_epi16(_mm256_add_epi16(_mm256_mullo_epi16(Load16(va + j), WA),
-                                                           _mm256_mullo_epi16(Load16(vb + j), WB)),
-                                          R),
-                         S);
-    const __m256i uv = _mm256_or_si256(cu, _mm256_slli_epi16(cv, 8));
-    const __m256i yy = LoadU(y + 2 * j);
-    const __m256i lo = _mm256_unpacklo_epi8(yy, uv);  // pairs [0-3 | 8-11]
-    const __m256i hi = _mm256_unpackhi_epi8(yy, uv);  // pairs [4-7 | 12-15]
-    StoreU(dst + 4 * j, _mm256_permute2x128_si256(lo, hi, 0x20));
-    StoreU(dst + 4 * j + 32, _mm256_permute2x128_si256(lo, hi, 0x31));
+  switch (ClassifyYuy2Chroma(wa, wb, round, shift)) {
+    case Yuy2Chroma::kCopy:
+      j = ToYuy2Body<Yuy2Chroma::kCopy>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kRoundHalf:
+      j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kFloor:
+      j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kGeneral:
+      j = ToYuy2Body<Yuy2Chroma::kGeneral>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kUnsuited:
+      break;
   }
   if (j < pairs)
     Sse2PlanarRows().toYuy2(y + 2 * j, ua + j, ub + j, va + j, vb + j, pairs - j, wa, wb, round,

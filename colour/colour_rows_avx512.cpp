@@ -1,5 +1,6 @@
 // AVX-512 bodies of the hottest colour rows: the general route's terms, filter
-// and pixels of 32 and 24 bits, and the 24-bit route, 64 pixels a step. Everything else, and the
+// and pixels of 32 and 24 bits, and the 24-bit route, 64 pixels a step; the
+// one-pass RGB to 4:2:0 rows and 4:2:0 to YUY2. Everything else, and the
 // rest of each row, goes to the AVX2 bodies, so the bytes are the plain bytes. GCC 12 warns inside
 // its own AVX-512 header (undefined pass-through operands).
 #if defined(__GNUC__) && !defined(__clang__)
@@ -342,6 +343,77 @@ void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t*
   }
 }
 
+// ----- 4:2:0 to YUY2 ------------------------------------------------------------
+//
+// The AVX2 body's arithmetic on 32 pairs a step: chroma words in memory order,
+// interleaved with Y, and the 128-bit quarters put in order by one two-source
+// permute per 64 output bytes.
+
+struct ChromaConsts {
+  __m512i weights, mul, round;
+  __m128i shift;
+  ChromaConsts(int wa, int wb, int rnd, int sh)
+      : weights(_mm512_set1_epi16(static_cast<int16_t>((wb << 8) | wa))),
+        mul(Set16(sh >= 1 ? 1 << (15 - sh) : 0)),
+        round(Set16(rnd)),
+        shift(_mm_cvtsi32_si128(sh)) {}
+};
+
+template <Yuy2Chroma kKind>
+inline __m512i ChromaWords32(const uint8_t* a, const uint8_t* b, const ChromaConsts& k) {
+  if (kKind == Yuy2Chroma::kCopy) return Load32(a);
+  const __m512i ab = _mm512_or_si512(Load32(a), _mm512_slli_epi16(Load32(b), 8));
+  const __m512i sum = _mm512_maddubs_epi16(ab, k.weights);
+  if (kKind == Yuy2Chroma::kRoundHalf) return _mm512_mulhrs_epi16(sum, k.mul);
+  if (kKind == Yuy2Chroma::kFloor) return _mm512_srl_epi16(sum, k.shift);
+  return _mm512_srl_epi16(_mm512_add_epi16(sum, k.round), k.shift);
+}
+
+template <Yuy2Chroma kKind>
+int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
+               const uint8_t* vb, int pairs, const ChromaConsts& consts, uint8_t* dst) {
+  const ChromaConsts k = consts;  // a local copy: stores through dst can't alias it
+  // Quarter q of lo holds pairs 8q .. 8q+3, of hi 8q+4 .. 8q+7.
+  const __m512i first = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
+  const __m512i second = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+  int j = 0;
+  for (; j + 32 <= pairs; j += 32) {
+    const __m512i uv =
+        _mm512_or_si512(ChromaWords32<kKind>(ua + j, ub + j, k),
+                        _mm512_slli_epi16(ChromaWords32<kKind>(va + j, vb + j, k), 8));
+    const __m512i yy = LoadU(y + 2 * j);
+    const __m512i lo = _mm512_unpacklo_epi8(yy, uv), hi = _mm512_unpackhi_epi8(yy, uv);
+    StoreU(dst + 4 * j, _mm512_permutex2var_epi64(lo, first, hi));
+    StoreU(dst + 4 * j + 64, _mm512_permutex2var_epi64(lo, second, hi));
+  }
+  return j;
+}
+
+void ToYuy2(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
+            const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
+  const ChromaConsts k(wa, wb, round, shift);
+  int j = 0;
+  switch (ClassifyYuy2Chroma(wa, wb, round, shift)) {
+    case Yuy2Chroma::kCopy:
+      j = ToYuy2Body<Yuy2Chroma::kCopy>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kRoundHalf:
+      j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kFloor:
+      j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kGeneral:
+      j = ToYuy2Body<Yuy2Chroma::kGeneral>(y, ua, ub, va, vb, pairs, k, dst);
+      break;
+    case Yuy2Chroma::kUnsuited:
+      break;
+  }
+  if (j < pairs)
+    Avx2PlanarRows().toYuy2(y + 2 * j, ua + j, ub + j, va + j, vb + j, pairs - j, wa, wb, round,
+                            shift, dst + 4 * j);
+}
+
 }  // namespace
 
 const PlanarRows& Avx512PlanarRows() {
@@ -349,6 +421,7 @@ const PlanarRows& Avx512PlanarRows() {
     PlanarRows r = Avx2PlanarRows();
     r.rgb24ToYUV = RgbToYUV<3>;
     r.rgb32ToYUV = RgbToYUV<4>;
+    r.toYuy2 = ToYuy2;
     return r;
   }();
   return rows;
