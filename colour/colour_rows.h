@@ -101,6 +101,23 @@ inline Yuy2Chroma ClassifyYuy2Chroma(int wa, int wb, int round, int shift) {
   return Yuy2Chroma::kGeneral;
 }
 
+// The 24-bit route's vertical weighting (wa x xa + wb x xb) x mul of the
+// chroma differences x = c - 128, taken by the byte multiply-add bodies as
+// a x ca + b x cb - bias with a = wa x mul, b = wb x mul, bias = 128 (a + b):
+// the same 16-bit value, since everything is linear and nothing saturates.
+struct Route24Weights {
+  int a, b, bias;
+};
+
+// False when the weights don't suit the byte multiply-add (the caller then
+// takes the word body).
+inline bool MakeRoute24Weights(int wa, int wb, int mul, Route24Weights* w) {
+  const long a = static_cast<long>(wa) * mul, b = static_cast<long>(wb) * mul;
+  if (a < 0 || b < 0 || a > 127 || b > 127 || (a + b) * 255 > 32767) return false;
+  *w = Route24Weights{static_cast<int>(a), static_cast<int>(b), static_cast<int>(128 * (a + b))};
+  return true;
+}
+
 struct RgbRows {
   // Colour terms of `n` chroma columns, plus the right-edge entry [n] = [n-1].
   void (*terms)(const uint8_t* u, const uint8_t* v, int n, const RgbMatrix& m, int16_t* r,

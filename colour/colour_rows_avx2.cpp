@@ -516,46 +516,63 @@ void Route24(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8
              const uint8_t* vb, int width, int wa, int wb, int mul, const RgbMatrix& m,
              uint8_t* dst) {
   const int n = width / 2;
-  const __m256i c128 = Set16(128), WA = Set16(wa), WB = Set16(wb), MUL = Set16(mul);
-  const __m256i gain = Set16(m.yGain24), off = Set16(m.yOffset24), low = Set16(0xFF);
-  const __m256i uToB = Set16(m.uToB), uToG = Set16(m.uToG), vToG = Set16(m.vToG),
-                vToR = Set16(m.vToR);
-  auto chroma = [&](const uint8_t* a, const uint8_t* b, __m256i* even, __m256i* odd) {
-    const __m256i a0 = _mm256_sub_epi16(Load16(a), c128);
-    const __m256i a1 = _mm256_sub_epi16(Load16(a + 1), c128);
-    const __m256i b0 = _mm256_sub_epi16(Load16(b), c128);
-    const __m256i b1 = _mm256_sub_epi16(Load16(b + 1), c128);
-    const __m256i ea = _mm256_add_epi16(a0, a0), oa = _mm256_add_epi16(a0, a1);
-    const __m256i eb = _mm256_add_epi16(b0, b0), ob = _mm256_add_epi16(b0, b1);
-    *even = _mm256_mullo_epi16(
-        _mm256_add_epi16(_mm256_mullo_epi16(ea, WA), _mm256_mullo_epi16(eb, WB)), MUL);
-    *odd = _mm256_mullo_epi16(
-        _mm256_add_epi16(_mm256_mullo_epi16(oa, WA), _mm256_mullo_epi16(ob, WB)), MUL);
-  };
-  auto pack = [](__m256i even, __m256i odd) {
-    return InterleaveHalves(
-        _mm256_packus_epi16(_mm256_srai_epi16(even, 4), _mm256_srai_epi16(odd, 4)));
-  };
   int i = 0;
-  // Column i + 16 must be a real column: the edge pixel is left to the next body.
-  for (; i + 16 < n; i += 16) {
-    __m256i eue, euo, eve, evo;
-    chroma(ua + i, ub + i, &eue, &euo);
-    chroma(va + i, vb + i, &eve, &evo);
-    const __m256i yy = LoadU(y + 2 * i);
-    const __m256i le = _mm256_sub_epi16(
-        _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_and_si256(yy, low), 7), gain), off);
-    const __m256i lo = _mm256_sub_epi16(
-        _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_srli_epi16(yy, 8), 7), gain), off);
-    const __m256i B = pack(_mm256_add_epi16(le, _mm256_mulhi_epi16(eue, uToB)),
-                           _mm256_add_epi16(lo, _mm256_mulhi_epi16(euo, uToB)));
-    const __m256i G = pack(_mm256_add_epi16(_mm256_add_epi16(le, _mm256_mulhi_epi16(eue, uToG)),
-                                            _mm256_mulhi_epi16(eve, vToG)),
-                           _mm256_add_epi16(_mm256_add_epi16(lo, _mm256_mulhi_epi16(euo, uToG)),
-                                            _mm256_mulhi_epi16(evo, vToG)));
-    const __m256i R = pack(_mm256_add_epi16(le, _mm256_mulhi_epi16(eve, vToR)),
-                           _mm256_add_epi16(lo, _mm256_mulhi_epi16(evo, vToR)));
-    Store24(dst + 6 * i, B, G, R);
+  Route24Weights rw;
+  if (MakeRoute24Weights(wa, wb, mul, &rw)) {
+    const __m256i W = _mm256_set1_epi16(static_cast<int16_t>((rw.b << 8) | rw.a)),
+                  bias = Set16(rw.bias);
+    const __m256i gain = Set16(m.yGain24), off = Set16(m.yOffset24), low = Set16(0xFF);
+    const __m256i uToB = Set16(m.uToB), uToG = Set16(m.uToG), vToG = Set16(m.vToG),
+                  vToR = Set16(m.vToR);
+    // f = wa' x (a - 128) + wb' x (b - 128) of 16 columns from one byte multiply-add.
+    auto column = [&](const uint8_t* a, const uint8_t* b) {
+      const __m256i ab = _mm256_or_si256(Load16(a), _mm256_slli_epi16(Load16(b), 8));
+      return _mm256_sub_epi16(_mm256_maddubs_epi16(ab, W), bias);
+    };
+    // Lanes 1..15 and the last lane again: the next column, with the right-edge rule.
+    const __m256i lastWord = _mm256_setr_epi16(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -1);
+    auto nextColumn = [&](__m256i f) {
+      const __m256i high = _mm256_permute2x128_si256(f, f, 0x11);
+      return _mm256_blendv_epi8(_mm256_alignr_epi8(high, f, 2), f, lastWord);
+    };
+    bool edge = false;  // the block ends at the right edge of the line
+    auto chroma = [&](const uint8_t* a, const uint8_t* b, __m256i* even, __m256i* odd) {
+      const __m256i f0 = column(a, b);
+      const __m256i f1 = edge ? nextColumn(f0) : column(a + 1, b + 1);
+      *even = _mm256_add_epi16(f0, f0);
+      *odd = _mm256_add_epi16(f0, f1);
+    };
+    auto pack = [](__m256i even, __m256i odd) {
+      return InterleaveHalves(
+          _mm256_packus_epi16(_mm256_srai_epi16(even, 4), _mm256_srai_epi16(odd, 4)));
+    };
+    // Column i + 16 must be a real column, but for the last block, which may
+    // overlap the one before it and writes the same bytes again.
+    auto block = [&](int i) {
+      __m256i eue, euo, eve, evo;
+      chroma(ua + i, ub + i, &eue, &euo);
+      chroma(va + i, vb + i, &eve, &evo);
+      const __m256i yy = LoadU(y + 2 * i);
+      const __m256i le = _mm256_sub_epi16(
+          _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_and_si256(yy, low), 7), gain), off);
+      const __m256i lo = _mm256_sub_epi16(
+          _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_srli_epi16(yy, 8), 7), gain), off);
+      const __m256i B = pack(_mm256_add_epi16(le, _mm256_mulhi_epi16(eue, uToB)),
+                             _mm256_add_epi16(lo, _mm256_mulhi_epi16(euo, uToB)));
+      const __m256i G = pack(_mm256_add_epi16(_mm256_add_epi16(le, _mm256_mulhi_epi16(eue, uToG)),
+                                              _mm256_mulhi_epi16(eve, vToG)),
+                             _mm256_add_epi16(_mm256_add_epi16(lo, _mm256_mulhi_epi16(euo, uToG)),
+                                              _mm256_mulhi_epi16(evo, vToG)));
+      const __m256i R = pack(_mm256_add_epi16(le, _mm256_mulhi_epi16(eve, vToR)),
+                             _mm256_add_epi16(lo, _mm256_mulhi_epi16(evo, vToR)));
+      Store24(dst + 6 * i, B, G, R);
+    };
+    for (; i + 16 < n; i += 16) block(i);
+    if (n >= 16) {
+      edge = true;
+      block(n - 16);
+      i = n;
+    }
   }
   if (i < n)
     Sse2RgbRows().route24(y + 2 * i, ua + i, ub + i, va + i, vb + i, width - 2 * i, wa, wb, mul, m,

@@ -170,48 +170,63 @@ void Route24(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8
              const uint8_t* vb, int width, int wa, int wb, int mul, const RgbMatrix& m,
              uint8_t* dst) {
   const int n = width / 2;
-  const __m512i c128 = Set16(128), WA = Set16(wa), WB = Set16(wb), MUL = Set16(mul);
-  const __m512i gain = Set16(m.yGain24), off = Set16(m.yOffset24), low = Set16(0xFF);
-  const __m512i uToB = Set16(m.uToB), uToG = Set16(m.uToG), vToG = Set16(m.vToG),
-                vToR = Set16(m.vToR);
-  const __m512i order =
-      _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
-  auto chroma = [&](const uint8_t* a, const uint8_t* b, __m512i* even, __m512i* odd) {
-    const __m512i a0 = _mm512_sub_epi16(Load32(a), c128);
-    const __m512i a1 = _mm512_sub_epi16(Load32(a + 1), c128);
-    const __m512i b0 = _mm512_sub_epi16(Load32(b), c128);
-    const __m512i b1 = _mm512_sub_epi16(Load32(b + 1), c128);
-    const __m512i ea = _mm512_add_epi16(a0, a0), oa = _mm512_add_epi16(a0, a1);
-    const __m512i eb = _mm512_add_epi16(b0, b0), ob = _mm512_add_epi16(b0, b1);
-    *even = _mm512_mullo_epi16(
-        _mm512_add_epi16(_mm512_mullo_epi16(ea, WA), _mm512_mullo_epi16(eb, WB)), MUL);
-    *odd = _mm512_mullo_epi16(
-        _mm512_add_epi16(_mm512_mullo_epi16(oa, WA), _mm512_mullo_epi16(ob, WB)), MUL);
-  };
-  auto pack = [&](__m512i even, __m512i odd) {
-    return _mm512_shuffle_epi8(
-        _mm512_packus_epi16(_mm512_srai_epi16(even, 4), _mm512_srai_epi16(odd, 4)), order);
-  };
   int i = 0;
-  // Column i + 32 must be a real column: the edge pixel is left to the next body.
-  for (; i + 32 < n; i += 32) {
-    __m512i eue, euo, eve, evo;
-    chroma(ua + i, ub + i, &eue, &euo);
-    chroma(va + i, vb + i, &eve, &evo);
-    const __m512i yy = LoadU(y + 2 * i);
-    const __m512i le = _mm512_sub_epi16(
-        _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_and_si512(yy, low), 7), gain), off);
-    const __m512i lo = _mm512_sub_epi16(
-        _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_srli_epi16(yy, 8), 7), gain), off);
-    const __m512i B = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToB)),
-                           _mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToB)));
-    const __m512i G = pack(_mm512_add_epi16(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToG)),
-                                            _mm512_mulhi_epi16(eve, vToG)),
-                           _mm512_add_epi16(_mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToG)),
-                                            _mm512_mulhi_epi16(evo, vToG)));
-    const __m512i R = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eve, vToR)),
-                           _mm512_add_epi16(lo, _mm512_mulhi_epi16(evo, vToR)));
-    Store24(dst + 6 * i, B, G, R);
+  Route24Weights rw;
+  if (MakeRoute24Weights(wa, wb, mul, &rw)) {
+    const __m512i W = _mm512_set1_epi16(static_cast<int16_t>((rw.b << 8) | rw.a)),
+                  bias = Set16(rw.bias);
+    const __m512i gain = Set16(m.yGain24), off = Set16(m.yOffset24), low = Set16(0xFF);
+    const __m512i uToB = Set16(m.uToB), uToG = Set16(m.uToG), vToG = Set16(m.vToG),
+                  vToR = Set16(m.vToR);
+    const __m512i order =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15));
+    // f = wa' x (a - 128) + wb' x (b - 128) of 32 columns from one byte multiply-add.
+    auto column = [&](const uint8_t* a, const uint8_t* b) {
+      const __m512i ab = _mm512_or_si512(Load32(a), _mm512_slli_epi16(Load32(b), 8));
+      return _mm512_sub_epi16(_mm512_maddubs_epi16(ab, W), bias);
+    };
+    // Lanes 1..31 and the last lane again: the next column, with the right-edge rule.
+    const __m512i next =
+        _mm512_set_epi16(31, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15, 14,
+                         13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1);
+    bool edge = false;  // the block ends at the right edge of the line
+    auto chroma = [&](const uint8_t* a, const uint8_t* b, __m512i* even, __m512i* odd) {
+      const __m512i f0 = column(a, b);
+      const __m512i f1 = edge ? _mm512_permutexvar_epi16(next, f0) : column(a + 1, b + 1);
+      *even = _mm512_add_epi16(f0, f0);
+      *odd = _mm512_add_epi16(f0, f1);
+    };
+    auto pack = [&](__m512i even, __m512i odd) {
+      return _mm512_shuffle_epi8(
+          _mm512_packus_epi16(_mm512_srai_epi16(even, 4), _mm512_srai_epi16(odd, 4)), order);
+    };
+    // Column i + 32 must be a real column, but for the last block, which may
+    // overlap the one before it and writes the same bytes again.
+    auto block = [&](int i) {
+      __m512i eue, euo, eve, evo;
+      chroma(ua + i, ub + i, &eue, &euo);
+      chroma(va + i, vb + i, &eve, &evo);
+      const __m512i yy = LoadU(y + 2 * i);
+      const __m512i le = _mm512_sub_epi16(
+          _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_and_si512(yy, low), 7), gain), off);
+      const __m512i lo = _mm512_sub_epi16(
+          _mm512_mulhi_epi16(_mm512_slli_epi16(_mm512_srli_epi16(yy, 8), 7), gain), off);
+      const __m512i B = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToB)),
+                             _mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToB)));
+      const __m512i G = pack(_mm512_add_epi16(_mm512_add_epi16(le, _mm512_mulhi_epi16(eue, uToG)),
+                                              _mm512_mulhi_epi16(eve, vToG)),
+                             _mm512_add_epi16(_mm512_add_epi16(lo, _mm512_mulhi_epi16(euo, uToG)),
+                                              _mm512_mulhi_epi16(evo, vToG)));
+      const __m512i R = pack(_mm512_add_epi16(le, _mm512_mulhi_epi16(eve, vToR)),
+                             _mm512_add_epi16(lo, _mm512_mulhi_epi16(evo, vToR)));
+      Store24(dst + 6 * i, B, G, R);
+    };
+    for (; i + 32 < n; i += 32) block(i);
+    if (n >= 32) {
+      edge = true;
+      block(n - 32);
+      i = n;
+    }
   }
   if (i < n)
     Avx2RgbRows().route24(y + 2 * i, ua + i, ub + i, va + i, vb + i, width - 2 * i, wa, wb, mul, m,
