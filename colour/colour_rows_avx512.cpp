@@ -361,8 +361,8 @@ void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t*
 // ----- 4:2:0 to YUY2 ------------------------------------------------------------
 //
 // The AVX2 body's arithmetic on 32 pairs a step: chroma words in memory order,
-// interleaved with Y, and the 128-bit quarters put in order by one two-source
-// permute per 64 output bytes.
+// then one qword permute of them and of Y, so that the byte interleave writes
+// the output in memory order.
 
 struct ChromaConsts {
   __m512i weights, mul, round;
@@ -388,18 +388,18 @@ template <Yuy2Chroma kKind>
 int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
                const uint8_t* vb, int pairs, const ChromaConsts& consts, uint8_t* dst) {
   const ChromaConsts k = consts;  // a local copy: stores through dst can't alias it
-  // Quarter q of lo holds pairs 8q .. 8q+3, of hi 8q+4 .. 8q+7.
-  const __m512i first = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
-  const __m512i second = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+  // Quarter q of Y and of the chroma words takes the pairs 4q .. 4q+3 into its
+  // low half and 16+4q .. 16+4q+3 into its high half, so that the byte
+  // interleave gives pairs 0-15 and 16-31 in memory order.
+  const __m512i spread = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
   int j = 0;
   for (; j + 32 <= pairs; j += 32) {
-    const __m512i uv =
-        _mm512_or_si512(ChromaWords32<kKind>(ua + j, ub + j, k),
-                        _mm512_slli_epi16(ChromaWords32<kKind>(va + j, vb + j, k), 8));
-    const __m512i yy = LoadU(y + 2 * j);
-    const __m512i lo = _mm512_unpacklo_epi8(yy, uv), hi = _mm512_unpackhi_epi8(yy, uv);
-    StoreU(dst + 4 * j, _mm512_permutex2var_epi64(lo, first, hi));
-    StoreU(dst + 4 * j + 64, _mm512_permutex2var_epi64(lo, second, hi));
+    const __m512i uv = _mm512_permutexvar_epi64(
+        spread, _mm512_or_si512(ChromaWords32<kKind>(ua + j, ub + j, k),
+                                _mm512_slli_epi16(ChromaWords32<kKind>(va + j, vb + j, k), 8)));
+    const __m512i yy = _mm512_permutexvar_epi64(spread, LoadU(y + 2 * j));
+    StoreU(dst + 4 * j, _mm512_unpacklo_epi8(yy, uv));
+    StoreU(dst + 4 * j + 64, _mm512_unpackhi_epi8(yy, uv));
   }
   return j;
 }
