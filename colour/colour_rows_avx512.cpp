@@ -108,22 +108,23 @@ inline __m512i Colour64(__m512i te, __m512i to, const int16_t* t) {
   return _mm512_shuffle_epi8(_mm512_packus_epi16(even, odd), order);
 }
 
-// 64 pixels of 4 bytes from byte vectors in quarter order.
+// Channel bytes of 64 pixels in memory order, spread for Store32: dword 4q + d
+// takes pixels 16d + 4q .. 16d + 4q + 3.
+inline __m512i SpreadForStore32(__m512i c) {
+  const __m512i spread = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  return _mm512_permutexvar_epi32(spread, c);
+}
+
+// 64 pixels of 4 bytes from spread channel bytes (a constant channel needs no
+// spreading): the byte and word interleaves then give the pixels in memory
+// order.
 inline void Store32(uint8_t* d, __m512i c0, __m512i c1, __m512i c2, __m512i c3) {
   const __m512i lo01 = _mm512_unpacklo_epi8(c0, c1), hi01 = _mm512_unpackhi_epi8(c0, c1);
   const __m512i lo23 = _mm512_unpacklo_epi8(c2, c3), hi23 = _mm512_unpackhi_epi8(c2, c3);
-  const __m512i p0 = _mm512_unpacklo_epi16(lo01, lo23);  // pixels 0-3 of each quarter
-  const __m512i p1 = _mm512_unpackhi_epi16(lo01, lo23);  // 4-7
-  const __m512i p2 = _mm512_unpacklo_epi16(hi01, hi23);  // 8-11
-  const __m512i p3 = _mm512_unpackhi_epi16(hi01, hi23);  // 12-15
-  const __m512i t0 = _mm512_shuffle_i64x2(p0, p1, 0x44);
-  const __m512i t1 = _mm512_shuffle_i64x2(p2, p3, 0x44);
-  const __m512i t2 = _mm512_shuffle_i64x2(p0, p1, 0xEE);
-  const __m512i t3 = _mm512_shuffle_i64x2(p2, p3, 0xEE);
-  StoreU(d, _mm512_shuffle_i64x2(t0, t1, 0x88));
-  StoreU(d + 64, _mm512_shuffle_i64x2(t0, t1, 0xDD));
-  StoreU(d + 128, _mm512_shuffle_i64x2(t2, t3, 0x88));
-  StoreU(d + 192, _mm512_shuffle_i64x2(t2, t3, 0xDD));
+  StoreU(d, _mm512_unpacklo_epi16(lo01, lo23));        // pixels 0-15
+  StoreU(d + 64, _mm512_unpackhi_epi16(lo01, lo23));   // 16-31
+  StoreU(d + 128, _mm512_unpacklo_epi16(hi01, hi23));  // 32-47
+  StoreU(d + 192, _mm512_unpackhi_epi16(hi01, hi23));  // 48-63
 }
 
 // 64 pixels of 3 bytes B G R from byte vectors in quarter order.
@@ -249,12 +250,15 @@ void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t*
       const __m512i R = Colour64(te, to, r + i);
       const __m512i G = Colour64(te, to, g + i);
       const __m512i B = Colour64(te, to, b + i);
-      if (kind == kPixBgr)
+      if (kind == kPixBgr) {
         Store24(dst + 6 * i, B, G, R);
-      else if (kind == kPix0rgb)
-        Store32(dst + 8 * i, _mm512_setzero_si512(), R, G, B);
-      else
-        Store32(dst + 8 * i, B, G, R, alpha);
+      } else {
+        const __m512i sb = SpreadForStore32(B), sg = SpreadForStore32(G), sr = SpreadForStore32(R);
+        if (kind == kPix0rgb)
+          Store32(dst + 8 * i, _mm512_setzero_si512(), sr, sg, sb);
+        else
+          Store32(dst + 8 * i, sb, sg, sr, alpha);
+      }
     }
   }
   if (i < n) {
