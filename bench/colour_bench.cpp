@@ -59,7 +59,8 @@ const char* LevelName(SimdLevel l) {
 }
 
 // Planar 4:2:0 to a packed format through the converter.
-void FromI420(benchmark::State& state, SimdLevel level, uint32_t format, uint32_t bt709) {
+void FromI420(benchmark::State& state, SimdLevel level, uint32_t format, uint32_t bt709,
+              uint32_t scan) {
   Frame& f = GetFrame(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
   orv::ColorSpaceConverter c;
   if (!c.Initialize(orv::DetectProcessorFlags(), level)) {
@@ -69,9 +70,8 @@ void FromI420(benchmark::State& state, SimdLevel level, uint32_t format, uint32_
   const uint32_t bytes = format == orv::CSC_RGB24 ? 3 : format == orv::CSC_YUY2 ? 2 : 4;
   for (auto _ : state) {
     uint32_t size = static_cast<uint32_t>(f.out.size());
-    if (!c.ConvertFromYUV420(f.Y(), f.U(), f.V(), f.w, f.w / 2, f.w, f.h, orv::CSC_I420,
-                             orv::CSC_SCAN_PROGRESSIVE, bt709, f.out.data(), f.w * bytes, format,
-                             &size)) {
+    if (!c.ConvertFromYUV420(f.Y(), f.U(), f.V(), f.w, f.w / 2, f.w, f.h, orv::CSC_I420, scan,
+                             bt709, f.out.data(), f.w * bytes, format, &size)) {
       state.SkipWithError("convert");
       return;
     }
@@ -81,7 +81,7 @@ void FromI420(benchmark::State& state, SimdLevel level, uint32_t format, uint32_
 }
 
 // A packed picture to planar 4:2:0 through the converter.
-void ToI420(benchmark::State& state, SimdLevel level, uint32_t format) {
+void ToI420(benchmark::State& state, SimdLevel level, uint32_t format, uint32_t scan) {
   Frame& f = GetFrame(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
   orv::ColorSpaceConverter c;
   if (!c.Initialize(orv::DetectProcessorFlags(), level)) {
@@ -95,9 +95,8 @@ void ToI420(benchmark::State& state, SimdLevel level, uint32_t format) {
   uint8_t* y = f.out.data();
   for (auto _ : state) {
     uint32_t size = static_cast<uint32_t>(f.out.size());
-    if (!c.ConvertToYUV420(src, f.w * bytes, f.w, f.h, format, orv::CSC_SCAN_PROGRESSIVE, y,
-                           y + f.w * f.h, y + f.w * f.h + (f.w / 2) * (f.h / 2), f.w, orv::CSC_I420,
-                           &size)) {
+    if (!c.ConvertToYUV420(src, f.w * bytes, f.w, f.h, format, scan, y, y + f.w * f.h,
+                           y + f.w * f.h + (f.w / 2) * (f.h / 2), f.w, orv::CSC_I420, &size)) {
       state.SkipWithError("convert");
       return;
     }
@@ -170,16 +169,22 @@ int Register() {
   const From tos[] = {{"RGB32ToI420", orv::CSC_RGB32, 0},
                       {"RGB24ToI420", orv::CSC_RGB24, 0},
                       {"YUY2ToI420", orv::CSC_YUY2, 0}};
-  for (SimdLevel l : levels) {
-    for (const From& f : froms)
-      benchmark::RegisterBenchmark((std::string("orv/") + f.name + "/" + LevelName(l)).c_str(),
-                                   FromI420, l, f.format, f.bt709)
-          ->Apply(Sizes);
-    for (const From& f : tos)
-      benchmark::RegisterBenchmark((std::string("orv/") + f.name + "/" + LevelName(l)).c_str(),
-                                   ToI420, l, f.format)
-          ->Apply(Sizes);
-  }
+  // Progressive pictures, and interlaced ones (each field filtered on its own).
+  const std::pair<const char*, uint32_t> scans[] = {{"", orv::CSC_SCAN_PROGRESSIVE},
+                                                    {"Interlaced", orv::CSC_SCAN_INTERLACED}};
+  for (SimdLevel l : levels)
+    for (const auto& scan : scans) {
+      for (const From& f : froms)
+        benchmark::RegisterBenchmark(
+            (std::string("orv/") + f.name + scan.first + "/" + LevelName(l)).c_str(), FromI420, l,
+            f.format, f.bt709, scan.second)
+            ->Apply(Sizes);
+      for (const From& f : tos)
+        benchmark::RegisterBenchmark(
+            (std::string("orv/") + f.name + scan.first + "/" + LevelName(l)).c_str(), ToI420, l,
+            f.format, scan.second)
+            ->Apply(Sizes);
+    }
 #if ORV_HAVE_LIBYUV
   const std::pair<const char*, Peer> peers[] = {
       {"I420ToARGB", Peer::kToArgb},       {"I420ToRGB24", Peer::kToRgb24},
