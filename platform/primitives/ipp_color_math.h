@@ -16,9 +16,10 @@
 //   Cr =  0.5R - 0.41869G - 0.08131B + 128
 //
 // The fixed point is laid out for 16-bit vector lanes: every product is one
-// 16 x 16 -> high 16 multiply, kept with a few fractional bits, and the sum
-// of the products is rounded once at the end. All shifts of signed values
-// are arithmetic (they round toward minus infinity).
+// 16 x 16 -> high 16 multiply that keeps a few fractional bits (truncated or
+// rounded, as stated below), and the result is rounded to nearest at the end
+// by adding half and shifting. All shifts of signed values are arithmetic
+// (they round toward minus infinity).
 //
 // Studio YCbCr to RGB: 6 fractional bits.
 //   y = (Y x 19071) >> 8                 1.164 Y in Q6 (19071 = 1.164 in Q14),
@@ -29,23 +30,25 @@
 //   B = (y + P(u, 16523) - 1160) >> 6
 //   then saturated to 0..255. -1160 is 32 (rounding) less 1192 (1.164 x 16 in
 //   Q6). Neutral chroma adds nothing, so R = G = B for every Y.
-// Forward luma: 8 fractional bits, products truncated.
-//   Studio Y = (((R x 16843) >> 8) + ((G x 33030) >> 8) + ((B x 6423) >> 8) + 4224) >> 8
-//   JFIF   Y = (((R x 19595) >> 8) + ((G x 38470) >> 8) + ((B x 7471) >> 8) + 128) >> 8
-//   (16-bit coefficients: the matrix row x 65536; 4224 = 16 x 256 + 128.)
-// Forward chroma: 7 fractional bits, products truncated. Chroma may be made
-// from the channel sums S of n = 1, 2 or 4 pixels (n = 2^m), which is the
-// matrix applied to their mean: with Q(S, k) = (S x k) >> (8 + m),
-//   Cb = (16448 + Q(B, kb) - Q(R, kr) - Q(G, kg)) >> 7
-//   Cr = (16448 + Q(R, kr) - Q(G, kg) - Q(B, kb)) >> 7
-// saturated to 0..255, where 16448 = 128 x 128 + 64 and the k are the
-// magnitudes of the matrix row x 32768:
-//   studio Cb 4850, 9535, 14385   studio Cr 14385, 12059, 2326
-//   JFIF   Cb 5529, 10855, 16384  JFIF   Cr 16384, 13720, 2664
-// The positive coefficient of each chroma row equals the sum of the other
-// two, so on grey (R = G = B) the row is 16448 + floor(a + b) - floor(a) -
-// floor(b), that is 16448 or 16449: chroma is exactly 128. The JFIF luma row
-// sums to 65536, so JFIF luma of grey is the grey level.
+// Studio RGB to YCbCr: products truncated, with Q(S, k) = (S x k) >> (8 + m).
+//   Y  = (Q(R, 16843) + Q(G, 33030) + Q(B, 6423) + 4224) >> 8, m = 0
+//   (8 fractional bits: the matrix row x 65536; 4224 = 16 x 256 + 128.)
+//   Chroma, 7 fractional bits, may be made from the channel sums S of
+//   n = 2^m pixels (n = 1, 2 or 4), which is the matrix applied to their mean:
+//   Cb = (16448 + Q(B, 14385) - Q(R, 4850) - Q(G, 9535)) >> 7
+//   Cr = (16448 + Q(R, 14385) - Q(G, 12059) - Q(B, 2326)) >> 7
+//   (the magnitudes of the matrix rows x 32768; 16448 = 128 x 128 + 64).
+//   The positive coefficient of each chroma row equals the sum of the other
+//   two, so on grey (R = G = B) the row is 16448 + floor(a + b) - floor(a) -
+//   floor(b), that is 16448 or 16449: chroma is exactly 128.
+// JFIF RGB to YCbCr: chroma from the difference of blue (red) and luma, two
+// products rather than six, with Q as above (m = 0):
+//   l  = Q(R, 9798) + Q(G, 19235) + Q(B, 3735)    luma in Q7; the row sums to 32768
+//   Y  = (l + 64) >> 7
+//   Cb = (16448 + ((((B << 7) - l) x 18492 + 2^14) >> 15)) >> 7    0.5 / 0.886 in Q15
+//   Cr = (16448 + ((((R << 7) - l) x 23372 + 2^14) >> 15)) >> 7    0.5 / 0.701 in Q15
+//   Luma of grey is the grey level, and the differences of grey are 0, 1 or
+//   2, which leave chroma at exactly 128.
 //
 // JFIF YCbCr to RGB: 13 fractional bits (Q13), each chroma term rounded by
 // itself, (sum + 4096) >> 13, then Y added and the result saturated.
@@ -83,15 +86,13 @@ constexpr int kJpegGU = 2819;   // 0.34414
 constexpr int kJpegGV = 5850;   // 0.71414
 constexpr int kJpegBU = 14516;  // 1.772
 // JFIF, RGB to YCbCr.
-constexpr int kJpegYR = 19595, kJpegYG = 38470, kJpegYB = 7471;  // Q16
-constexpr int kJpegUR = 5529, kJpegUG = 10855, kJpegUB = 16384;  // Q15, magnitudes
-constexpr int kJpegVR = 16384, kJpegVG = 13720, kJpegVB = 2664;  // Q15, magnitudes
+constexpr int kJpegYR = 9798, kJpegYG = 19235, kJpegYB = 3735;  // Q15
+constexpr int kJpegU = 18492, kJpegV = 23372;                   // Q15
 constexpr int kChromaBias = 128 * 128 + 64;
 
-static_assert(kStudioUR + kStudioUG == kStudioUB && kStudioVG + kStudioVB == kStudioVR &&
-                  kJpegUR + kJpegUG == kJpegUB && kJpegVG + kJpegVB == kJpegVR,
+static_assert(kStudioUR + kStudioUG == kStudioUB && kStudioVG + kStudioVB == kStudioVR,
               "chroma rows must vanish on grey");
-static_assert(kJpegYR + kJpegYG + kJpegYB == 65536, "JFIF luma must keep grey");
+static_assert(kJpegYR + kJpegYG + kJpegYB == 32768, "JFIF luma must keep grey");
 
 // A chroma difference times a Q13 coefficient, in Q6 rounded to nearest.
 inline int StudioTerm(int d, int k) { return (d * k + 64) >> 7; }
@@ -137,13 +138,10 @@ inline void JpegToRgb(int y, int cb, int cr, uint8_t* r, uint8_t* g, uint8_t* b)
 
 // JFIF R, G, B to YCbCr.
 inline void RgbToJpeg(int r, int g, int b, uint8_t* y, uint8_t* cb, uint8_t* cr) {
-  *y = Sat((Product(r, kJpegYR, 0) + Product(g, kJpegYG, 0) + Product(b, kJpegYB, 0) + 128) >> 8);
-  *cb = Sat(
-      (kChromaBias + Product(b, kJpegUB, 0) - Product(r, kJpegUR, 0) - Product(g, kJpegUG, 0)) >>
-      7);
-  *cr = Sat(
-      (kChromaBias + Product(r, kJpegVR, 0) - Product(g, kJpegVG, 0) - Product(b, kJpegVB, 0)) >>
-      7);
+  const int l = Product(r, kJpegYR, 0) + Product(g, kJpegYG, 0) + Product(b, kJpegYB, 0);
+  *y = Sat((l + 64) >> 7);
+  *cb = Sat((kChromaBias + ((((b << 7) - l) * kJpegU + (1 << 14)) >> 15)) >> 7);
+  *cr = Sat((kChromaBias + ((((r << 7) - l) * kJpegV + (1 << 14)) >> 15)) >> 7);
 }
 
 }  // namespace color

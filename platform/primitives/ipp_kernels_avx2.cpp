@@ -203,6 +203,20 @@ inline __m256i Chroma(__m256i plus, int kp, __m256i minus1, int k1, __m256i minu
                            7);
 }
 
+// JFIF Y, Cb, Cr of 16 pixels given as X << 8, as in the SSSE3 form.
+inline void JpegYcc16(__m256i r8, __m256i g8, __m256i b8, __m256i* y, __m256i* cb, __m256i* cr) {
+  const __m256i l = _mm256_add_epi16(_mm256_add_epi16(Mul(r8, cm::kJpegYR), Mul(g8, cm::kJpegYG)),
+                                     Mul(b8, cm::kJpegYB));
+  const __m256i bias = _mm256_set1_epi16(cm::kChromaBias);
+  *y = _mm256_srli_epi16(_mm256_add_epi16(l, _mm256_set1_epi16(64)), 7);
+  const __m256i db = _mm256_sub_epi16(_mm256_srli_epi16(b8, 1), l);
+  const __m256i dr = _mm256_sub_epi16(_mm256_srli_epi16(r8, 1), l);
+  *cb = _mm256_srai_epi16(
+      _mm256_adds_epi16(_mm256_mulhrs_epi16(db, _mm256_set1_epi16(cm::kJpegU)), bias), 7);
+  *cr = _mm256_srai_epi16(
+      _mm256_adds_epi16(_mm256_mulhrs_epi16(dr, _mm256_set1_epi16(cm::kJpegV)), bias), 7);
+}
+
 inline __m256i StudioY32(__m256i r, __m256i g, __m256i b) {
   const __m256i lo = Luma16(Shl8Lo(r), Shl8Lo(g), Shl8Lo(b), cm::kStudioYR, cm::kStudioYG,
                             cm::kStudioYB, cm::kStudioYBias);
@@ -404,9 +418,7 @@ void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int 
     for (int h = 0; h < 2; ++h) {
       const __m256i R = h ? Shl8Hi(r) : Shl8Lo(r), G = h ? Shl8Hi(g) : Shl8Lo(g),
                     B = h ? Shl8Hi(b) : Shl8Lo(b);
-      out[0][h] = Luma16(R, G, B, cm::kJpegYR, cm::kJpegYG, cm::kJpegYB, 128);
-      out[1][h] = Chroma(B, cm::kJpegUB, R, cm::kJpegUR, G, cm::kJpegUG);
-      out[2][h] = Chroma(R, cm::kJpegVR, G, cm::kJpegVG, B, cm::kJpegVB);
+      JpegYcc16(R, G, B, &out[0][h], &out[1][h], &out[2][h]);
     }
     St(y + x, _mm256_packus_epi16(out[0][0], out[0][1]));
     St(cb + x, _mm256_packus_epi16(out[1][0], out[1][1]));

@@ -162,6 +162,21 @@ inline __m128i Chroma(__m128i plus, int kp, __m128i minus1, int k1, __m128i minu
 inline __m128i Shl8Lo(__m128i v) { return _mm_unpacklo_epi8(_mm_setzero_si128(), v); }
 inline __m128i Shl8Hi(__m128i v) { return _mm_unpackhi_epi8(_mm_setzero_si128(), v); }
 
+// JFIF Y, Cb, Cr int16 lanes (before saturation) of 8 pixels given as X << 8.
+// Luma l is in Q7 (at most 32638); a channel less luma, (X << 7) - l, fits
+// 16 bits, and the chroma sum passes 32767 only when it is above 255 in Q7,
+// where the saturating add keeps it.
+inline void JpegYcc8(__m128i r8, __m128i g8, __m128i b8, __m128i* y, __m128i* cb, __m128i* cr) {
+  const __m128i l = _mm_add_epi16(_mm_add_epi16(Mul(r8, cm::kJpegYR), Mul(g8, cm::kJpegYG)),
+                                  Mul(b8, cm::kJpegYB));
+  const __m128i bias = _mm_set1_epi16(cm::kChromaBias);
+  *y = _mm_srli_epi16(_mm_add_epi16(l, _mm_set1_epi16(64)), 7);
+  const __m128i db = _mm_sub_epi16(_mm_srli_epi16(b8, 1), l);
+  const __m128i dr = _mm_sub_epi16(_mm_srli_epi16(r8, 1), l);
+  *cb = _mm_srai_epi16(_mm_adds_epi16(_mm_mulhrs_epi16(db, _mm_set1_epi16(cm::kJpegU)), bias), 7);
+  *cr = _mm_srai_epi16(_mm_adds_epi16(_mm_mulhrs_epi16(dr, _mm_set1_epi16(cm::kJpegV)), bias), 7);
+}
+
 // Studio Y of 16 pixels given as planes.
 inline __m128i StudioY16(__m128i r, __m128i g, __m128i b) {
   const __m128i lo = Luma8(Shl8Lo(r), Shl8Lo(g), Shl8Lo(b), cm::kStudioYR, cm::kStudioYG,
@@ -330,9 +345,7 @@ void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int 
     for (int h = 0; h < 2; ++h) {
       const __m128i R = h ? Shl8Hi(r) : Shl8Lo(r), G = h ? Shl8Hi(g) : Shl8Lo(g),
                     B = h ? Shl8Hi(b) : Shl8Lo(b);
-      out[0][h] = Luma8(R, G, B, cm::kJpegYR, cm::kJpegYG, cm::kJpegYB, 128);
-      out[1][h] = Chroma(B, cm::kJpegUB, R, cm::kJpegUR, G, cm::kJpegUG);
-      out[2][h] = Chroma(R, cm::kJpegVR, G, cm::kJpegVG, B, cm::kJpegVB);
+      JpegYcc8(R, G, B, &out[0][h], &out[1][h], &out[2][h]);
     }
     St(y + x, _mm_packus_epi16(out[0][0], out[0][1]));
     St(cb + x, _mm_packus_epi16(out[1][0], out[1][1]));

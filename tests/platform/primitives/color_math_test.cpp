@@ -162,6 +162,14 @@ TEST(IppColorMath, WorkedValues) {
   // Cb = (16448 + 1123 - 1250 - 1825) >> 7 = 113, Cr = (16448 + 3708 - 2308 - 181) >> 7 = 138.
   EXPECT_EQ(cm::StudioCbSum(66, 49, 20, 0), 113);
   EXPECT_EQ(cm::StudioCrSum(66, 49, 20, 0), 138);
+  // JFIF: l = 2526 + 3681 + 291 = 6498, Y = (6498 + 64) >> 7 = 51;
+  // Cb = (16448 + ((2560 - 6498) x 18492 + 2^14 >> 15 = -2222)) >> 7 = 111;
+  // Cr = (16448 + ((8448 - 6498) x 23372 + 2^14 >> 15 = 1391)) >> 7 = 139.
+  uint8_t y, cb, cr;
+  cm::RgbToJpeg(66, 49, 20, &y, &cb, &cr);
+  EXPECT_EQ(y, 51);
+  EXPECT_EQ(cb, 111);
+  EXPECT_EQ(cr, 139);
 }
 
 }  // namespace
