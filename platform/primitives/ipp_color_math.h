@@ -30,9 +30,10 @@
 //   B = (y + P(u, 16523) - 1160) >> 6
 //   then saturated to 0..255. -1160 is 32 (rounding) less 1192 (1.164 x 16 in
 //   Q6). Neutral chroma adds nothing, so R = G = B for every Y.
-// Studio RGB to YCbCr: products truncated, with Q(S, k) = (S x k) >> (8 + m).
-//   Y  = (Q(R, 16843) + Q(G, 33030) + Q(B, 6423) + 4224) >> 8, m = 0
-//   (8 fractional bits: the matrix row x 65536; 4224 = 16 x 256 + 128.)
+// Studio RGB to YCbCr.
+//   Y  = (66 R + 129 G + 25 B + 4224) >> 8
+//   (the matrix row x 256, exact products; 4224 = 16 x 256 + 128.) Products
+//   below are truncated, with Q(S, k) = (S x k) >> (8 + m).
 //   Chroma, 7 fractional bits, may be made from the channel sums S of
 //   n = 2^m pixels (n = 1, 2 or 4), which is the matrix applied to their mean:
 //   Cb = (16448 + Q(B, 14385) - Q(R, 4850) - Q(G, 9535)) >> 7
@@ -74,7 +75,9 @@ constexpr int kStudioGV = 6660;   // 0.813
 constexpr int kStudioBU = 16523;  // 2.017
 constexpr int kStudioBias = 32 - 1192;
 // Studio BT.601, RGB to YCbCr.
-constexpr int kStudioYR = 16843, kStudioYG = 33030, kStudioYB = 6423;  // Q16
+// Studio luma as two byte multiply-adds, (R, G) x (66, 62) and (B, G) x (25, 67):
+// each pair sum stays below 2^15.
+constexpr int kStudioYR = 66, kStudioYG = 129, kStudioYB = 25, kStudioYG1 = 62;  // Q8
 constexpr int kStudioYBias = 16 * 256 + 128;
 constexpr int kStudioUR = 4850, kStudioUG = 9535, kStudioUB = 14385;   // Q15, magnitudes
 constexpr int kStudioVR = 14385, kStudioVG = 12059, kStudioVB = 2326;  // Q15, magnitudes
@@ -111,9 +114,7 @@ inline void StudioToRgb(int y, int cb, int cr, uint8_t* r, uint8_t* g, uint8_t* 
 inline int Product(int s, int k, int m) { return (s * k) >> (8 + m); }
 
 inline uint8_t StudioY(int r, int g, int b) {
-  return Sat((Product(r, kStudioYR, 0) + Product(g, kStudioYG, 0) + Product(b, kStudioYB, 0) +
-              kStudioYBias) >>
-             8);
+  return Sat((kStudioYR * r + kStudioYG * g + kStudioYB * b + kStudioYBias) >> 8);
 }
 
 // Chroma from channel sums of n pixels, n = 1, 2 or 4 (shift = log2 n).

@@ -193,10 +193,6 @@ inline StudioTerms DupHi(const StudioTerms& t) {
 inline __m256i Mul(__m256i x8, int k) {
   return _mm256_mulhi_epu16(x8, _mm256_set1_epi16(static_cast<int16_t>(k)));
 }
-inline __m256i Luma16(__m256i r8, __m256i g8, __m256i b8, int kr, int kg, int kb, int bias) {
-  const __m256i s = _mm256_add_epi16(_mm256_add_epi16(Mul(r8, kr), Mul(g8, kg)), Mul(b8, kb));
-  return _mm256_srli_epi16(_mm256_add_epi16(s, _mm256_set1_epi16(static_cast<int16_t>(bias))), 8);
-}
 inline __m256i Chroma(__m256i plus, int kp, __m256i minus1, int k1, __m256i minus2, int k2) {
   const __m256i s = _mm256_add_epi16(Mul(plus, kp), _mm256_set1_epi16(cm::kChromaBias));
   return _mm256_srli_epi16(_mm256_sub_epi16(_mm256_sub_epi16(s, Mul(minus1, k1)), Mul(minus2, k2)),
@@ -217,12 +213,18 @@ inline void JpegYcc16(__m256i r8, __m256i g8, __m256i b8, __m256i* y, __m256i* c
       _mm256_adds_epi16(_mm256_mulhrs_epi16(dr, _mm256_set1_epi16(cm::kJpegV)), bias), 7);
 }
 
+// Studio Y from planes: (R, G) x (66, 62) + (B, G) x (25, 67), two byte
+// multiply-adds a lane, whose sum (at most 56100) is shifted as unsigned.
+inline __m256i StudioYHalf(__m256i rg, __m256i bg) {
+  const __m256i c1 = _mm256_set1_epi16(static_cast<int16_t>((cm::kStudioYG1 << 8) | cm::kStudioYR));
+  const __m256i c2 = _mm256_set1_epi16(
+      static_cast<int16_t>(((cm::kStudioYG - cm::kStudioYG1) << 8) | cm::kStudioYB));
+  const __m256i s = _mm256_add_epi16(_mm256_maddubs_epi16(rg, c1), _mm256_maddubs_epi16(bg, c2));
+  return _mm256_srli_epi16(_mm256_add_epi16(s, _mm256_set1_epi16(cm::kStudioYBias)), 8);
+}
 inline __m256i StudioY32(__m256i r, __m256i g, __m256i b) {
-  const __m256i lo = Luma16(Shl8Lo(r), Shl8Lo(g), Shl8Lo(b), cm::kStudioYR, cm::kStudioYG,
-                            cm::kStudioYB, cm::kStudioYBias);
-  const __m256i hi = Luma16(Shl8Hi(r), Shl8Hi(g), Shl8Hi(b), cm::kStudioYR, cm::kStudioYG,
-                            cm::kStudioYB, cm::kStudioYBias);
-  return _mm256_packus_epi16(lo, hi);
+  return _mm256_packus_epi16(StudioYHalf(_mm256_unpacklo_epi8(r, g), _mm256_unpacklo_epi8(b, g)),
+                             StudioYHalf(_mm256_unpackhi_epi8(r, g), _mm256_unpackhi_epi8(b, g)));
 }
 
 // 16 chroma samples (8 per half) from channel sums scaled to S << (7 - m);

@@ -149,10 +149,6 @@ inline __m128i Hi16(__m128i v) { return _mm_unpackhi_epi8(v, _mm_setzero_si128()
 inline __m128i Mul(__m128i x8, int k) {
   return _mm_mulhi_epu16(x8, _mm_set1_epi16(static_cast<int16_t>(k)));
 }
-inline __m128i Luma8(__m128i r8, __m128i g8, __m128i b8, int kr, int kg, int kb, int bias) {
-  const __m128i s = _mm_add_epi16(_mm_add_epi16(Mul(r8, kr), Mul(g8, kg)), Mul(b8, kb));
-  return _mm_srli_epi16(_mm_add_epi16(s, _mm_set1_epi16(static_cast<int16_t>(bias))), 8);
-}
 // kChromaBias + plus x kp - minus1 x k1 - minus2 x k2, shifted by 7.
 inline __m128i Chroma(__m128i plus, int kp, __m128i minus1, int k1, __m128i minus2, int k2) {
   const __m128i s = _mm_add_epi16(Mul(plus, kp), _mm_set1_epi16(cm::kChromaBias));
@@ -177,13 +173,18 @@ inline void JpegYcc8(__m128i r8, __m128i g8, __m128i b8, __m128i* y, __m128i* cb
   *cr = _mm_srai_epi16(_mm_adds_epi16(_mm_mulhrs_epi16(dr, _mm_set1_epi16(cm::kJpegV)), bias), 7);
 }
 
-// Studio Y of 16 pixels given as planes.
+// Studio Y from planes: (R, G) x (66, 62) + (B, G) x (25, 67), two byte
+// multiply-adds a lane, whose sum (at most 56100) is shifted as unsigned.
+inline __m128i StudioYHalf(__m128i rg, __m128i bg) {
+  const __m128i c1 = _mm_set1_epi16(static_cast<int16_t>((cm::kStudioYG1 << 8) | cm::kStudioYR));
+  const __m128i c2 =
+      _mm_set1_epi16(static_cast<int16_t>(((cm::kStudioYG - cm::kStudioYG1) << 8) | cm::kStudioYB));
+  const __m128i s = _mm_add_epi16(_mm_maddubs_epi16(rg, c1), _mm_maddubs_epi16(bg, c2));
+  return _mm_srli_epi16(_mm_add_epi16(s, _mm_set1_epi16(cm::kStudioYBias)), 8);
+}
 inline __m128i StudioY16(__m128i r, __m128i g, __m128i b) {
-  const __m128i lo = Luma8(Shl8Lo(r), Shl8Lo(g), Shl8Lo(b), cm::kStudioYR, cm::kStudioYG,
-                           cm::kStudioYB, cm::kStudioYBias);
-  const __m128i hi = Luma8(Shl8Hi(r), Shl8Hi(g), Shl8Hi(b), cm::kStudioYR, cm::kStudioYG,
-                           cm::kStudioYB, cm::kStudioYBias);
-  return _mm_packus_epi16(lo, hi);
+  return _mm_packus_epi16(StudioYHalf(_mm_unpacklo_epi8(r, g), _mm_unpacklo_epi8(b, g)),
+                          StudioYHalf(_mm_unpackhi_epi8(r, g), _mm_unpackhi_epi8(b, g)));
 }
 
 // Studio Cb, Cr of 8 samples from channel sums scaled to S << (7 - m); the

@@ -155,10 +155,13 @@ TEST(IppColorMath, WorkedValues) {
   EXPECT_EQ(r, 213);
   EXPECT_EQ(g, 50);
   EXPECT_EQ(b, 41);
-  // Y = (13158 + 25804 + 5017 + 4224) >> 8 = 188 for (200, 200, 200)...
+  // Y = (200 x 220 + 4224) >> 8 = 188 for (200, 200, 200)...
   EXPECT_EQ(cm::StudioY(200, 200, 200), 188);
-  // ...and (4342 + 6322 + 501 + 4224) >> 8 = 60 for (66, 49, 20):
+  // ...and (4356 + 6321 + 500 + 4224) >> 8 = 60 for (66, 49, 20):
   EXPECT_EQ(cm::StudioY(66, 49, 20), 60);
+  // (0 + 4257 + 5850 + 4224) >> 8 = 55 for (0, 33, 234), where the formula gives 55.56:
+  // the 8-bit coefficients (25 for 0.098 x 256 = 25.09) leave it below 56, within a level.
+  EXPECT_EQ(cm::StudioY(0, 33, 234), 55);
   // Cb = (16448 + 1123 - 1250 - 1825) >> 7 = 113, Cr = (16448 + 3708 - 2308 - 181) >> 7 = 138.
   EXPECT_EQ(cm::StudioCbSum(66, 49, 20, 0), 113);
   EXPECT_EQ(cm::StudioCrSum(66, 49, 20, 0), 138);
