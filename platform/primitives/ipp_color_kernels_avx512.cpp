@@ -147,13 +147,65 @@ inline void Yuy2Rgb(__m512i s, __m512i* r, __m512i* g, __m512i* b) {
             _mm512_shuffle_epi8(rb, Mk(m.first)), r, g, b);
 }
 
+// 16 pixel pairs of packed 4:2:2 in each quarter: R, G, B 16-bit lanes, 0 for
+// pixels 0..7 of each quarter, 1 for pixels 8..15 (quarter k: pixels 16k..16k+15).
+inline void Yuy2Rgb64(const uint8_t* p, __m512i* r0, __m512i* g0, __m512i* b0, __m512i* r1,
+                      __m512i* g1, __m512i* b1) {
+  Yuy2Rgb(Quarters(p, 32), r0, g0, b0);
+  Yuy2Rgb(Quarters(p + 16, 32), r1, g1, b1);
+}
+
+void Yuy2ToRgbPlanes(const uint8_t* s, uint8_t* r, uint8_t* g, uint8_t* b, int pairs) {
+  int i = 0;
+  for (; i + 32 <= pairs; i += 32) {
+    __m512i r0, g0, b0, r1, g1, b1;
+    Yuy2Rgb64(s + 4 * i, &r0, &g0, &b0, &r1, &g1, &b1);
+    St(r + 2 * i, _mm512_packus_epi16(r0, r1));
+    St(g + 2 * i, _mm512_packus_epi16(g0, g1));
+    St(b + 2 * i, _mm512_packus_epi16(b0, b1));
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kAvx2)
+        .yuy2ToRgbPlanes(s + 4 * i, r + 2 * i, g + 2 * i, b + 2 * i, pairs - i);
+}
+
+// Studio 4:2:0 to B G R: 32 chroma samples widened in order, so quarter k
+// holds samples 8k..8k+7, which the in-quarter unpacks double for pixels
+// 16k..16k+15.
+void Yuv420ToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* bgr, int pairs) {
+  const __m256i flip = _mm256_set1_epi8(-128);
+  int i = 0;
+  for (; i + 32 <= pairs; i += 32) {
+    const __m512i yy = _mm512_loadu_si512(y + 2 * i);
+    const __m512i u =
+        _mm512_slli_epi16(_mm512_cvtepi8_epi16(_mm256_xor_si256(
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cb + i)), flip)),
+                          8);
+    const __m512i v =
+        _mm512_slli_epi16(_mm512_cvtepi8_epi16(_mm256_xor_si256(
+                              _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr + i)), flip)),
+                          8);
+    const __m512i tr = _mm512_mulhrs_epi16(v, _mm512_set1_epi16(cm::kStudioRV));
+    const __m512i tg = _mm512_add_epi16(_mm512_mulhrs_epi16(u, _mm512_set1_epi16(cm::kStudioGU)),
+                                        _mm512_mulhrs_epi16(v, _mm512_set1_epi16(cm::kStudioGV)));
+    const __m512i tb = _mm512_mulhrs_epi16(u, _mm512_set1_epi16(cm::kStudioBU));
+    __m512i r0, g0, b0, r1, g1, b1;
+    StudioRgb(Shl8Lo(yy), _mm512_unpacklo_epi16(tr, tr), _mm512_unpacklo_epi16(tg, tg),
+              _mm512_unpacklo_epi16(tb, tb), &r0, &g0, &b0);
+    StudioRgb(Shl8Hi(yy), _mm512_unpackhi_epi16(tr, tr), _mm512_unpackhi_epi16(tg, tg),
+              _mm512_unpackhi_epi16(tb, tb), &r1, &g1, &b1);
+    Join3Packed(b0, g0, b1, g1, r0, r1, bgr + 6 * i);
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kAvx2).yuv420ToBgr(y + 2 * i, cb + i, cr + i, bgr + 6 * i, pairs - i);
+}
+
 void Yuy2ToRgb(const uint8_t* s, uint8_t* rgb, int pairs) {
   int i = 0;
   for (; i + 32 <= pairs; i += 32) {
     const uint8_t* p = s + 4 * i;
     __m512i r0, g0, b0, r1, g1, b1;
-    Yuy2Rgb(Quarters(p, 32), &r0, &g0, &b0);
-    Yuy2Rgb(Quarters(p + 16, 32), &r1, &g1, &b1);
+    Yuy2Rgb64(p, &r0, &g0, &b0, &r1, &g1, &b1);
     Join3Packed(r0, g0, r1, g1, b0, b1, rgb + 6 * i);
   }
   if (i < pairs) KernelsFor(SimdLevel::kAvx2).yuy2ToRgb(s + 4 * i, rgb + 6 * i, pairs - i);
@@ -171,6 +223,90 @@ inline void JpegYcc(__m512i r8, __m512i g8, __m512i b8, __m512i* y, __m512i* cb,
       _mm512_adds_epi16(_mm512_mulhrs_epi16(db, _mm512_set1_epi16(cm::kJpegU)), bias), 7);
   *cr = _mm512_srai_epi16(
       _mm512_adds_epi16(_mm512_mulhrs_epi16(dr, _mm512_set1_epi16(cm::kJpegV)), bias), 7);
+}
+
+// Studio luma from planes: (R, G) x (66, 62) + (B, G) x (25, 67); see the
+// SSSE3 form.
+inline __m512i StudioYHalf(__m512i rg, __m512i bg) {
+  const __m512i c1 = _mm512_set1_epi16(static_cast<int16_t>((cm::kStudioYG1 << 8) | cm::kStudioYR));
+  const __m512i c2 = _mm512_set1_epi16(
+      static_cast<int16_t>(((cm::kStudioYG - cm::kStudioYG1) << 8) | cm::kStudioYB));
+  const __m512i s = _mm512_add_epi16(_mm512_maddubs_epi16(rg, c1), _mm512_maddubs_epi16(bg, c2));
+  return _mm512_srli_epi16(_mm512_add_epi16(s, _mm512_set1_epi16(cm::kStudioYBias)), 8);
+}
+inline __m512i StudioY64(__m512i r, __m512i g, __m512i b) {
+  return _mm512_packus_epi16(StudioYHalf(_mm512_unpacklo_epi8(r, g), _mm512_unpacklo_epi8(b, g)),
+                             StudioYHalf(_mm512_unpackhi_epi8(r, g), _mm512_unpackhi_epi8(b, g)));
+}
+
+// kChromaBias + plus x kp - minus1 x k1 - minus2 x k2, shifted by 7 as unsigned.
+inline __m512i Chroma(__m512i plus, int kp, __m512i minus1, int k1, __m512i minus2, int k2) {
+  const __m512i s = _mm512_add_epi16(Mul(plus, kp), _mm512_set1_epi16(cm::kChromaBias));
+  return _mm512_srli_epi16(_mm512_sub_epi16(_mm512_sub_epi16(s, Mul(minus1, k1)), Mul(minus2, k2)),
+                           7);
+}
+
+// Studio Cb and Cr of 32 samples (in order, 16-bit lanes) from channel sums
+// scaled to S << (7 - m).
+inline void StudioChroma(__m512i rs, __m512i gs, __m512i bs, __m512i* u, __m512i* v) {
+  *u = Chroma(bs, 2 * cm::kStudioUB, rs, 2 * cm::kStudioUR, gs, 2 * cm::kStudioUG);
+  *v = Chroma(rs, 2 * cm::kStudioVR, gs, 2 * cm::kStudioVG, bs, 2 * cm::kStudioVB);
+}
+
+// Pair sums of 64 bytes times w, in 32 lanes.
+inline __m512i PairSum(__m512i v, int w) {
+  return _mm512_maddubs_epi16(v, _mm512_set1_epi8(static_cast<char>(w)));
+}
+
+void RgbToYcc420(const uint8_t* p0, const uint8_t* p1, uint8_t* y0, uint8_t* y1, uint8_t* cb,
+                 uint8_t* cr, int pairs) {
+  int i = 0;
+  for (; i + 32 <= pairs; i += 32) {
+    __m512i r0, g0, b0, r1, g1, b1;
+    Split3(p0 + 6 * i, &r0, &g0, &b0);
+    Split3(p1 + 6 * i, &r1, &g1, &b1);
+    St(y0 + 2 * i, StudioY64(r0, g0, b0));
+    St(y1 + 2 * i, StudioY64(r1, g1, b1));
+    // Block sums S of 4 pixels as S << 5.
+    const __m512i rs = _mm512_add_epi16(PairSum(r0, 32), PairSum(r1, 32));
+    const __m512i gs = _mm512_add_epi16(PairSum(g0, 32), PairSum(g1, 32));
+    const __m512i bs = _mm512_add_epi16(PairSum(b0, 32), PairSum(b1, 32));
+    __m512i u, v;
+    StudioChroma(rs, gs, bs, &u, &v);
+    // One pack puts 8 Cb then 8 Cr bytes in each quarter; one permute sorts
+    // the Cb halves below the Cr halves.
+    const __m512i uv = _mm512_maskz_permutexvar_epi64(
+        0xFF, _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), _mm512_packus_epi16(u, v));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(cb + i),
+                        _mm512_maskz_extracti64x4_epi64(0xF, uv, 0));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(cr + i),
+                        _mm512_maskz_extracti64x4_epi64(0xF, uv, 1));
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kAvx2)
+        .rgbToYcc420(p0 + 6 * i, p1 + 6 * i, y0 + 2 * i, y1 + 2 * i, cb + i, cr + i, pairs - i);
+}
+
+// Each quarter makes 8 pairs: the in-quarter unpacks give output bytes
+// 64k..64k+15 (low) and 64k+16..64k+31 (high) of quarter k.
+void RgbPlanesToYuy2(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* d, int pairs) {
+  int i = 0;
+  for (; i + 32 <= pairs; i += 32) {
+    const __m512i vr = _mm512_loadu_si512(r + 2 * i), vg = _mm512_loadu_si512(g + 2 * i);
+    const __m512i vb = _mm512_loadu_si512(b + 2 * i);
+    const __m512i y = StudioY64(vr, vg, vb);
+    // Pair sums S as S << 6.
+    __m512i u, v;
+    StudioChroma(PairSum(vr, 64), PairSum(vg, 64), PairSum(vb, 64), &u, &v);
+    const __m512i uv = _mm512_unpacklo_epi8(_mm512_packus_epi16(u, u), _mm512_packus_epi16(v, v));
+    const __m512i lo = _mm512_unpacklo_epi8(y, uv), hi = _mm512_unpackhi_epi8(y, uv);
+    St(d + 4 * i, _mm512_permutex2var_epi64(lo, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), hi));
+    St(d + 4 * i + 64,
+       _mm512_permutex2var_epi64(lo, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), hi));
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kAvx2)
+        .rgbPlanesToYuy2(r + 2 * i, g + 2 * i, b + 2 * i, d + 4 * i, pairs - i);
 }
 
 void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int width) {
@@ -192,7 +328,11 @@ void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int 
 }  // namespace
 
 void InstallAvx512ColorKernels(Kernels* k) {
+  k->yuv420ToBgr = Yuv420ToBgr;
   k->yuy2ToRgb = Yuy2ToRgb;
+  k->yuy2ToRgbPlanes = Yuy2ToRgbPlanes;
+  k->rgbToYcc420 = RgbToYcc420;
+  k->rgbPlanesToYuy2 = RgbPlanesToYuy2;
   k->jpegBgrToYcc = JpegBgrToYcc;
 }
 
