@@ -15,11 +15,12 @@
 //   Cb = -0.16874R - 0.33126G + 0.5B + 128
 //   Cr =  0.5R - 0.41869G - 0.08131B + 128
 //
-// The fixed point is laid out for 16-bit vector lanes: every product is one
-// 16 x 16 -> high 16 multiply that keeps a few fractional bits (truncated or
-// rounded, as stated below), and the result is rounded to nearest at the end
-// by adding half and shifting. All shifts of signed values are arithmetic
-// (they round toward minus infinity).
+// The fixed point is laid out for 16-bit vector lanes: every product is
+// either exact in 16 bits (studio luma, a byte multiply-add) or one 16 x 16 ->
+// high 16 multiply that keeps a few fractional bits (truncated or rounded, as
+// stated below), and the result is rounded to nearest at the end by adding
+// half and shifting. All shifts of signed values are arithmetic (they round
+// toward minus infinity).
 //
 // Studio YCbCr to RGB: 6 fractional bits.
 //   y = (Y x 19071) >> 8                 1.164 Y in Q6 (19071 = 1.164 in Q14),
