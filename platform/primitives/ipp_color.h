@@ -1,9 +1,12 @@
 // Colour conversions, chroma sampling and 4:2:2 split/join.
 //
 // The arithmetic is that of ipp_color_math.h: studio-range ITU-R BT.601 for
-// the names without _JPEG, the full-swing JFIF matrix for those with it, Q13
-// fixed point, rounded to nearest and saturated, within one level of the
-// formula in double. Region sizes are in pixels, steps in bytes.
+// the names without _JPEG, the full-swing JFIF matrix for those with it, in
+// fixed point whose products each fit a 16-bit multiply-high (6 fractional
+// bits for studio YCbCr to RGB, 8 for studio luma, 7 for chroma and JFIF
+// luma, 13 for JFIF YCbCr to RGB), rounded to nearest at the end and
+// saturated; every output is within one level of the formula in double.
+// Region sizes are in pixels, steps in bytes.
 //
 // Subsampled chroma. A 4:2:0 chroma plane holds (W/2) x (H/2) samples and a
 // 4:2:2 one W/2 samples a line (integer division): sample (i, j) belongs to

@@ -111,6 +111,8 @@ void InstallAvx2ResizeKernels(Kernels* k);
 void InstallAvx512ResizeKernels(Kernels* k);
 // The 4-channel alpha composition (ipp_alpha_kernels_avx512.cpp).
 void InstallAvx512AlphaKernels(Kernels* k);
+// The colour conversions of 3-byte pixels (ipp_color_kernels_avx512.cpp).
+void InstallAvx512ColorKernels(Kernels* k);
 #endif
 
 }  // namespace ipp

@@ -19,8 +19,9 @@ namespace {
 namespace cm = color;
 
 struct Masks3 {
-  alignas(32) int8_t split[3][3][32];  // [channel][input vector], both halves alike
-  alignas(32) int8_t join[3][3][32];   // [output vector][channel]
+  alignas(32) int8_t split[3][3][32];       // [channel][input vector], both halves alike
+  alignas(32) int8_t join[3][3][32];        // [output vector][channel]
+  alignas(32) int8_t joinPacked[3][3][32];  // [output vector][source], see Join3Packed
 };
 
 Masks3 MakeMasks3() {
@@ -37,6 +38,17 @@ Masks3 MakeMasks3() {
         const int byte = 16 * k + j % 16;
         m.join[k][c][j] = static_cast<int8_t>(byte % 3 == c ? byte / 3 : -128);
       }
+  // Sources: 0 holds channels 0 and 1 of pixels 0..7 (bytes 0..7 and 8..15),
+  // 1 the same of pixels 8..15, 2 channel 2 of pixels 0..15.
+  for (int k = 0; k < 3; ++k)
+    for (int j = 0; j < 32; ++j) {
+      const int byte = 16 * k + j % 16, pixel = byte / 3, c = byte % 3;
+      for (int src = 0; src < 3; ++src) m.joinPacked[k][src][j] = -128;
+      if (c == 2)
+        m.joinPacked[k][2][j] = static_cast<int8_t>(pixel);
+      else
+        m.joinPacked[k][pixel / 8][j] = static_cast<int8_t>(8 * c + pixel % 8);
+    }
   return m;
 }
 
@@ -78,19 +90,32 @@ inline void Join3(__m256i c0, __m256i c1, __m256i c2, uint8_t* p) {
   St(p + 64, _mm256_permute2x128_si256(o[1], o[2], 0x31));
 }
 
+// Three channels of 32 pixels given as 16-bit lanes (a: pixels 0..7 of each
+// half, b: pixels 8..15), saturated to bytes and stored as 96 bytes at p.
+// Packing channels 0 and 1 together leaves seven byte shuffles (rather than
+// nine) for the 48 bytes of each half; three lane permutes then make whole
+// 32-byte stores, which measure faster than six 16-byte ones.
+inline void Join3Packed(__m256i c0a, __m256i c1a, __m256i c0b, __m256i c1b, __m256i c2a,
+                        __m256i c2b, uint8_t* p) {
+  const Masks3& m = M3();
+  const __m256i x = _mm256_packus_epi16(c0a, c1a), y = _mm256_packus_epi16(c0b, c1b);
+  const __m256i z = _mm256_packus_epi16(c2a, c2b);
+  const __m256i o0 = _mm256_or_si256(_mm256_shuffle_epi8(x, Mk(m.joinPacked[0][0])),
+                                     _mm256_shuffle_epi8(z, Mk(m.joinPacked[0][2])));
+  const __m256i o1 =
+      _mm256_or_si256(_mm256_or_si256(_mm256_shuffle_epi8(x, Mk(m.joinPacked[1][0])),
+                                      _mm256_shuffle_epi8(y, Mk(m.joinPacked[1][1]))),
+                      _mm256_shuffle_epi8(z, Mk(m.joinPacked[1][2])));
+  const __m256i o2 = _mm256_or_si256(_mm256_shuffle_epi8(y, Mk(m.joinPacked[2][1])),
+                                     _mm256_shuffle_epi8(z, Mk(m.joinPacked[2][2])));
+  St(p, _mm256_permute2x128_si256(o0, o1, 0x20));
+  St(p + 32, _mm256_permute2x128_si256(o2, o0, 0x30));
+  St(p + 64, _mm256_permute2x128_si256(o1, o2, 0x31));
+}
+
 inline __m256i Pair(int lo, int hi) {
   return _mm256_set1_epi32(
       static_cast<int>((static_cast<uint32_t>(hi) << 16) | (static_cast<uint32_t>(lo) & 0xFFFF)));
-}
-
-inline __m256i Dot3(__m256i a, __m256i b, __m256i c, int ca, int cb, int cc, int add, int shift) {
-  const __m256i one = _mm256_set1_epi16(1);
-  const __m256i pab = Pair(ca, cb), pc = Pair(cc, add);
-  __m256i lo = _mm256_add_epi32(_mm256_madd_epi16(_mm256_unpacklo_epi16(a, b), pab),
-                                _mm256_madd_epi16(_mm256_unpacklo_epi16(c, one), pc));
-  __m256i hi = _mm256_add_epi32(_mm256_madd_epi16(_mm256_unpackhi_epi16(a, b), pab),
-                                _mm256_madd_epi16(_mm256_unpackhi_epi16(c, one), pc));
-  return _mm256_packs_epi32(_mm256_srai_epi32(lo, shift), _mm256_srai_epi32(hi, shift));
 }
 
 // Two 16-bit lanes interleaved for a multiply-add, low and high halves.
@@ -101,36 +126,11 @@ inline Interleaved Interleave(__m256i a, __m256i b) {
   return {_mm256_unpacklo_epi16(a, b), _mm256_unpackhi_epi16(a, b)};
 }
 
-// (ca x a + cb x b + add) >> shift from interleaved (a, b), and the same with
-// a second interleaved pair (c, d) weighted (cc, cd); 32-bit sums like Dot3.
+// (ca x a + cb x b + add) >> shift from interleaved (a, b), summed in 32 bits.
 inline __m256i Sum2(const Interleaved& ab, __m256i pab, __m256i add, int shift) {
   return _mm256_packs_epi32(
       _mm256_srai_epi32(_mm256_add_epi32(_mm256_madd_epi16(ab.lo, pab), add), shift),
       _mm256_srai_epi32(_mm256_add_epi32(_mm256_madd_epi16(ab.hi, pab), add), shift));
-}
-inline __m256i Sum4(const Interleaved& ab, __m256i pab, const Interleaved& cd, __m256i pcd,
-                    int shift) {
-  return _mm256_packs_epi32(
-      _mm256_srai_epi32(
-          _mm256_add_epi32(_mm256_madd_epi16(ab.lo, pab), _mm256_madd_epi16(cd.lo, pcd)), shift),
-      _mm256_srai_epi32(
-          _mm256_add_epi32(_mm256_madd_epi16(ab.hi, pab), _mm256_madd_epi16(cd.hi, pcd)), shift));
-}
-
-// The studio matrix with the interleaved pairs shared by the three colours:
-// (y, v) for red, (y, u) for green and blue, (v, 1) for green's last term and
-// its rounding. Same 32-bit sums as Dot3, so the same bytes.
-inline void Studio16(__m256i y, __m256i u, __m256i v, __m256i* r, __m256i* g, __m256i* b) {
-  y = _mm256_sub_epi16(y, _mm256_set1_epi16(16));
-  u = _mm256_sub_epi16(u, _mm256_set1_epi16(128));
-  v = _mm256_sub_epi16(v, _mm256_set1_epi16(128));
-  const __m256i round = _mm256_set1_epi32(cm::kRound);
-  const Interleaved yv = Interleave(y, v), yu = Interleave(y, u);
-  const Interleaved v1 = Interleave(v, _mm256_set1_epi16(1));
-  *r = Sum2(yv, Pair(cm::kStudioY, cm::kStudioRV), round, cm::kShift);
-  *g = Sum4(yu, Pair(cm::kStudioY, -cm::kStudioGU), v1, Pair(-cm::kStudioGV, cm::kRound),
-            cm::kShift);
-  *b = Sum2(yu, Pair(cm::kStudioY, cm::kStudioBU), round, cm::kShift);
 }
 
 // The JFIF matrix. A single product rounded by itself, (c x d + 2^12) >> 13,
@@ -151,33 +151,94 @@ inline void Jpeg16(__m256i y, __m256i u, __m256i v, __m256i* r, __m256i* g, __m2
 inline __m256i Lo16(__m256i v) { return _mm256_unpacklo_epi8(v, _mm256_setzero_si256()); }
 inline __m256i Hi16(__m256i v) { return _mm256_unpackhi_epi8(v, _mm256_setzero_si256()); }
 
+inline __m256i Shl8Lo(__m256i v) { return _mm256_unpacklo_epi8(_mm256_setzero_si256(), v); }
+inline __m256i Shl8Hi(__m256i v) { return _mm256_unpackhi_epi8(_mm256_setzero_si256(), v); }
+
+// The studio inverse in 16-bit lanes, as in the SSSE3 forms: luma as Y << 8
+// through the unsigned multiply-high, chroma as (C - 128) << 8 through the
+// rounding multiply-high, saturating adds, arithmetic shift by 6.
+inline __m256i StudioLuma(__m256i y8) {
+  return _mm256_add_epi16(_mm256_mulhi_epu16(y8, _mm256_set1_epi16(cm::kStudioY)),
+                          _mm256_set1_epi16(cm::kStudioBias));
+}
+
+struct StudioTerms {
+  __m256i r, g, b;
+};
+inline StudioTerms StudioChromaTerms(__m256i u8, __m256i v8) {
+  return {_mm256_mulhrs_epi16(v8, _mm256_set1_epi16(cm::kStudioRV)),
+          _mm256_add_epi16(_mm256_mulhrs_epi16(u8, _mm256_set1_epi16(cm::kStudioGU)),
+                           _mm256_mulhrs_epi16(v8, _mm256_set1_epi16(cm::kStudioGV))),
+          _mm256_mulhrs_epi16(u8, _mm256_set1_epi16(cm::kStudioBU))};
+}
+
+inline void StudioRgb16(__m256i yy, const StudioTerms& t, __m256i* r, __m256i* g, __m256i* b) {
+  *r = _mm256_srai_epi16(_mm256_adds_epi16(yy, t.r), 6);
+  *g = _mm256_srai_epi16(_mm256_subs_epi16(yy, t.g), 6);
+  *b = _mm256_srai_epi16(_mm256_adds_epi16(yy, t.b), 6);
+}
+
+inline StudioTerms DupLo(const StudioTerms& t) {
+  return {_mm256_unpacklo_epi16(t.r, t.r), _mm256_unpacklo_epi16(t.g, t.g),
+          _mm256_unpacklo_epi16(t.b, t.b)};
+}
+inline StudioTerms DupHi(const StudioTerms& t) {
+  return {_mm256_unpackhi_epi16(t.r, t.r), _mm256_unpackhi_epi16(t.g, t.g),
+          _mm256_unpackhi_epi16(t.b, t.b)};
+}
+
+// The forward matrices in 16-bit lanes, as in the SSSE3 forms: X << 8 (or a
+// pair or block sum S << (7 - m) with doubled coefficients) through the
+// unsigned multiply-high, chroma rows shifted as unsigned.
+inline __m256i Mul(__m256i x8, int k) {
+  return _mm256_mulhi_epu16(x8, _mm256_set1_epi16(static_cast<int16_t>(k)));
+}
+inline __m256i Chroma(__m256i plus, int kp, __m256i minus1, int k1, __m256i minus2, int k2) {
+  const __m256i s = _mm256_add_epi16(Mul(plus, kp), _mm256_set1_epi16(cm::kChromaBias));
+  return _mm256_srli_epi16(_mm256_sub_epi16(_mm256_sub_epi16(s, Mul(minus1, k1)), Mul(minus2, k2)),
+                           7);
+}
+
+// JFIF Y, Cb, Cr of 16 pixels given as X << 8, as in the SSSE3 form.
+inline void JpegYcc16(__m256i r8, __m256i g8, __m256i b8, __m256i* y, __m256i* cb, __m256i* cr) {
+  const __m256i l = _mm256_add_epi16(_mm256_add_epi16(Mul(r8, cm::kJpegYR), Mul(g8, cm::kJpegYG)),
+                                     Mul(b8, cm::kJpegYB));
+  const __m256i bias = _mm256_set1_epi16(cm::kChromaBias);
+  *y = _mm256_srli_epi16(_mm256_add_epi16(l, _mm256_set1_epi16(64)), 7);
+  const __m256i db = _mm256_sub_epi16(_mm256_srli_epi16(b8, 1), l);
+  const __m256i dr = _mm256_sub_epi16(_mm256_srli_epi16(r8, 1), l);
+  *cb = _mm256_srai_epi16(
+      _mm256_adds_epi16(_mm256_mulhrs_epi16(db, _mm256_set1_epi16(cm::kJpegU)), bias), 7);
+  *cr = _mm256_srai_epi16(
+      _mm256_adds_epi16(_mm256_mulhrs_epi16(dr, _mm256_set1_epi16(cm::kJpegV)), bias), 7);
+}
+
+// Studio Y from planes: (R, G) x (66, 62) + (B, G) x (25, 67), two byte
+// multiply-adds a lane, whose sum (at most 56100) is shifted as unsigned.
+inline __m256i StudioYHalf(__m256i rg, __m256i bg) {
+  const __m256i c1 = _mm256_set1_epi16(static_cast<int16_t>((cm::kStudioYG1 << 8) | cm::kStudioYR));
+  const __m256i c2 = _mm256_set1_epi16(
+      static_cast<int16_t>(((cm::kStudioYG - cm::kStudioYG1) << 8) | cm::kStudioYB));
+  const __m256i s = _mm256_add_epi16(_mm256_maddubs_epi16(rg, c1), _mm256_maddubs_epi16(bg, c2));
+  return _mm256_srli_epi16(_mm256_add_epi16(s, _mm256_set1_epi16(cm::kStudioYBias)), 8);
+}
 inline __m256i StudioY32(__m256i r, __m256i g, __m256i b) {
-  const __m256i off = _mm256_set1_epi16(16);
-  const __m256i lo = _mm256_add_epi16(Dot3(Lo16(r), Lo16(g), Lo16(b), cm::kStudioYR, cm::kStudioYG,
-                                           cm::kStudioYB, cm::kRound, cm::kShift),
-                                      off);
-  const __m256i hi = _mm256_add_epi16(Dot3(Hi16(r), Hi16(g), Hi16(b), cm::kStudioYR, cm::kStudioYG,
-                                           cm::kStudioYB, cm::kRound, cm::kShift),
-                                      off);
-  return _mm256_packus_epi16(lo, hi);
+  return _mm256_packus_epi16(StudioYHalf(_mm256_unpacklo_epi8(r, g), _mm256_unpacklo_epi8(b, g)),
+                             StudioYHalf(_mm256_unpackhi_epi8(r, g), _mm256_unpackhi_epi8(b, g)));
 }
 
-inline __m256i PairSums(__m256i lo, __m256i hi) {
-  const __m256i one = _mm256_set1_epi16(1);
-  return _mm256_packs_epi32(_mm256_madd_epi16(lo, one), _mm256_madd_epi16(hi, one));
-}
-
-// 16 chroma samples (8 per half) from channel sums over 2^n pixels; the bytes
-// land in the low 8 bytes of each half.
-inline void StudioChroma(__m256i rs, __m256i gs, __m256i bs, int n, __m256i* cb, __m256i* cr) {
-  const int s = cm::kShift + n;
-  const __m256i off = _mm256_set1_epi16(128);
-  const __m256i u = _mm256_add_epi16(
-      Dot3(rs, gs, bs, cm::kStudioUR, cm::kStudioUG, cm::kStudioUB, 1 << (s - 1), s), off);
-  const __m256i v = _mm256_add_epi16(
-      Dot3(rs, gs, bs, cm::kStudioVR, cm::kStudioVG, cm::kStudioVB, 1 << (s - 1), s), off);
+// 16 chroma samples (8 per half) from channel sums scaled to S << (7 - m);
+// the bytes land in the low 8 bytes of each half.
+inline void StudioChroma(__m256i rs, __m256i gs, __m256i bs, __m256i* cb, __m256i* cr) {
+  const __m256i u = Chroma(bs, 2 * cm::kStudioUB, rs, 2 * cm::kStudioUR, gs, 2 * cm::kStudioUG);
+  const __m256i v = Chroma(rs, 2 * cm::kStudioVR, gs, 2 * cm::kStudioVG, bs, 2 * cm::kStudioVB);
   *cb = _mm256_packus_epi16(u, u);
   *cr = _mm256_packus_epi16(v, v);
+}
+
+// Pair sums of 32 bytes times w, in 16 lanes.
+inline __m256i PairSum(__m256i v, int w) {
+  return _mm256_maddubs_epi16(v, _mm256_set1_epi8(static_cast<char>(w)));
 }
 
 // The low 8 bytes of each half, stored as 16 consecutive bytes.
@@ -187,34 +248,57 @@ inline void StoreHalves8(uint8_t* p, __m256i v) {
 }
 
 void Yuv420ToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* bgr, int pairs) {
+  const __m128i flip = _mm_set1_epi8(-128);
   int i = 0;
   for (; i + 16 <= pairs; i += 16) {
     const __m256i yy = Ld(y + 2 * i);
-    const __m256i u = _mm256_cvtepu8_epi16(Ld128(cb + i));
-    const __m256i v = _mm256_cvtepu8_epi16(Ld128(cr + i));
+    // 16 chroma samples as (C - 128) << 8, in order across the halves.
+    const __m256i u =
+        _mm256_slli_epi16(_mm256_cvtepi8_epi16(_mm_xor_si128(Ld128(cb + i), flip)), 8);
+    const __m256i v =
+        _mm256_slli_epi16(_mm256_cvtepi8_epi16(_mm_xor_si128(Ld128(cr + i), flip)), 8);
+    const StudioTerms t = StudioChromaTerms(u, v);
     __m256i r0, g0, b0, r1, g1, b1;
-    Studio16(Lo16(yy), _mm256_unpacklo_epi16(u, u), _mm256_unpacklo_epi16(v, v), &r0, &g0, &b0);
-    Studio16(Hi16(yy), _mm256_unpackhi_epi16(u, u), _mm256_unpackhi_epi16(v, v), &r1, &g1, &b1);
-    Join3(_mm256_packus_epi16(b0, b1), _mm256_packus_epi16(g0, g1), _mm256_packus_epi16(r0, r1),
-          bgr + 6 * i);
+    StudioRgb16(StudioLuma(Shl8Lo(yy)), DupLo(t), &r0, &g0, &b0);
+    StudioRgb16(StudioLuma(Shl8Hi(yy)), DupHi(t), &r1, &g1, &b1);
+    Join3Packed(b0, g0, b1, g1, r0, r1, bgr + 6 * i);
   }
   if (i < pairs)
     KernelsFor(SimdLevel::kSsse3).yuv420ToBgr(y + 2 * i, cb + i, cr + i, bgr + 6 * i, pairs - i);
 }
 
-// 16 pixel pairs of packed 4:2:2: R, G, B of 32 pixels (low half pixels 0..15).
+// 8 pixel pairs of packed 4:2:2 (4 per half) to R, G, B int16 lanes; see the
+// SSSE3 form: one multiply for blue and red, one for green's two products.
+inline void Yuy2Rgb16(__m256i s, __m256i* r, __m256i* g, __m256i* b) {
+  const __m256i c =
+      _mm256_xor_si256(_mm256_and_si256(s, _mm256_set1_epi16(static_cast<int16_t>(0xFF00))),
+                       _mm256_set1_epi16(static_cast<int16_t>(0x8000)));
+  const __m256i rb = _mm256_mulhrs_epi16(c, Pair(cm::kStudioBU, cm::kStudioRV));
+  const __m256i gg = _mm256_mulhrs_epi16(c, Pair(cm::kStudioGU, cm::kStudioGV));
+  const __m256i even = _mm256_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13, 0, 1, 0,
+                                        1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13);
+  const __m256i odd = _mm256_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15, 2, 3,
+                                       2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15);
+  const __m256i swap = _mm256_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13, 2, 3,
+                                        0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13);
+  const StudioTerms t{_mm256_shuffle_epi8(rb, odd),
+                      _mm256_add_epi16(gg, _mm256_shuffle_epi8(gg, swap)),
+                      _mm256_shuffle_epi8(rb, even)};
+  StudioRgb16(StudioLuma(_mm256_slli_epi16(s, 8)), t, r, g, b);
+}
+
+// 16 pixel pairs of packed 4:2:2: R, G, B of 32 pixels as 16-bit lanes, 0 for
+// pixels 0..7 of each half, 1 for pixels 8..15 (halves: pixels 0..15, 16..31).
+inline void Yuy2Rgb32x16(const uint8_t* s, __m256i* r0, __m256i* g0, __m256i* b0, __m256i* r1,
+                         __m256i* g1, __m256i* b1) {
+  Yuy2Rgb16(_mm256_setr_m128i(Ld128(s), Ld128(s + 32)), r0, g0, b0);
+  Yuy2Rgb16(_mm256_setr_m128i(Ld128(s + 16), Ld128(s + 48)), r1, g1, b1);
+}
+
+// The same as bytes.
 inline void Yuy2Rgb32(const uint8_t* s, __m256i* r, __m256i* g, __m256i* b) {
-  const __m256i lo8 = _mm256_set1_epi16(0x00FF);
-  const __m256i s0 = _mm256_setr_m128i(Ld128(s), Ld128(s + 32));
-  const __m256i s1 = _mm256_setr_m128i(Ld128(s + 16), Ld128(s + 48));
-  const __m256i c0 = _mm256_srli_epi16(s0, 8), c1 = _mm256_srli_epi16(s1, 8);
-  const __m256i u0 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c0, 0xA0), 0xA0);
-  const __m256i v0 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c0, 0xF5), 0xF5);
-  const __m256i u1 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c1, 0xA0), 0xA0);
-  const __m256i v1 = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(c1, 0xF5), 0xF5);
   __m256i r0, g0, b0, r1, g1, b1;
-  Studio16(_mm256_and_si256(s0, lo8), u0, v0, &r0, &g0, &b0);
-  Studio16(_mm256_and_si256(s1, lo8), u1, v1, &r1, &g1, &b1);
+  Yuy2Rgb32x16(s, &r0, &g0, &b0, &r1, &g1, &b1);
   *r = _mm256_packus_epi16(r0, r1);
   *g = _mm256_packus_epi16(g0, g1);
   *b = _mm256_packus_epi16(b0, b1);
@@ -226,9 +310,9 @@ inline void StPlane(uint8_t* p, __m256i v) { St(p, v); }
 void Yuy2ToRgb(const uint8_t* s, uint8_t* rgb, int pairs) {
   int i = 0;
   for (; i + 16 <= pairs; i += 16) {
-    __m256i r, g, b;
-    Yuy2Rgb32(s + 4 * i, &r, &g, &b);
-    Join3(r, g, b, rgb + 6 * i);
+    __m256i r0, g0, b0, r1, g1, b1;
+    Yuy2Rgb32x16(s + 4 * i, &r0, &g0, &b0, &r1, &g1, &b1);
+    Join3Packed(r0, g0, r1, g1, b0, b1, rgb + 6 * i);
   }
   if (i < pairs) KernelsFor(SimdLevel::kSsse3).yuy2ToRgb(s + 4 * i, rgb + 6 * i, pairs - i);
 }
@@ -256,20 +340,38 @@ void RgbToYcc420(const uint8_t* p0, const uint8_t* p1, uint8_t* y0, uint8_t* y1,
     Split3(p1 + 6 * i, &r1, &g1, &b1);
     St(y0 + 2 * i, StudioY32(r0, g0, b0));
     St(y1 + 2 * i, StudioY32(r1, g1, b1));
-    const __m256i rs =
-        PairSums(_mm256_add_epi16(Lo16(r0), Lo16(r1)), _mm256_add_epi16(Hi16(r0), Hi16(r1)));
-    const __m256i gs =
-        PairSums(_mm256_add_epi16(Lo16(g0), Lo16(g1)), _mm256_add_epi16(Hi16(g0), Hi16(g1)));
-    const __m256i bs =
-        PairSums(_mm256_add_epi16(Lo16(b0), Lo16(b1)), _mm256_add_epi16(Hi16(b0), Hi16(b1)));
+    // Block sums S of 4 pixels as S << 5.
+    const __m256i rs = _mm256_add_epi16(PairSum(r0, 32), PairSum(r1, 32));
+    const __m256i gs = _mm256_add_epi16(PairSum(g0, 32), PairSum(g1, 32));
+    const __m256i bs = _mm256_add_epi16(PairSum(b0, 32), PairSum(b1, 32));
     __m256i u, v;
-    StudioChroma(rs, gs, bs, 2, &u, &v);
+    StudioChroma(rs, gs, bs, &u, &v);
     StoreHalves8(cb + i, u);
     StoreHalves8(cr + i, v);
   }
   if (i < pairs)
     KernelsFor(SimdLevel::kSsse3)
         .rgbToYcc420(p0 + 6 * i, p1 + 6 * i, y0 + 2 * i, y1 + 2 * i, cb + i, cr + i, pairs - i);
+}
+
+// Each half makes 8 pairs: after the in-half unpacks the low halves hold
+// output bytes 0..15 and 16..31, the high halves 32..47 and 48..63.
+void RgbPlanesToYuy2(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8_t* d, int pairs) {
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    const __m256i vr = Ld(r + 2 * i), vg = Ld(g + 2 * i), vb = Ld(b + 2 * i);
+    const __m256i y = StudioY32(vr, vg, vb);
+    // Pair sums S as S << 6.
+    __m256i u, v;
+    StudioChroma(PairSum(vr, 64), PairSum(vg, 64), PairSum(vb, 64), &u, &v);
+    const __m256i uv = _mm256_unpacklo_epi8(u, v);
+    const __m256i lo = _mm256_unpacklo_epi8(y, uv), hi = _mm256_unpackhi_epi8(y, uv);
+    St(d + 4 * i, _mm256_permute2x128_si256(lo, hi, 0x20));
+    St(d + 4 * i + 32, _mm256_permute2x128_si256(lo, hi, 0x31));
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kSsse3)
+        .rgbPlanesToYuy2(r + 2 * i, g + 2 * i, b + 2 * i, d + 4 * i, pairs - i);
 }
 
 inline void JpegRgb32(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, __m256i* r,
@@ -311,23 +413,14 @@ void JpegYccToRgbPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, 
 
 void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int width) {
   int x = 0;
-  const __m256i off = _mm256_set1_epi16(128);
   for (; x + 32 <= width; x += 32) {
     __m256i b, g, r;
     Split3(bgr + 3 * x, &b, &g, &r);
     __m256i out[3][2];
     for (int h = 0; h < 2; ++h) {
-      const __m256i R = h ? Hi16(r) : Lo16(r), G = h ? Hi16(g) : Lo16(g), B = h ? Hi16(b) : Lo16(b);
-      // (R, G) and (B, 1) interleaved once for the three rows of the matrix.
-      const Interleaved rg = Interleave(R, G), b1 = Interleave(B, _mm256_set1_epi16(1));
-      out[0][h] =
-          Sum4(rg, Pair(cm::kJpegYR, cm::kJpegYG), b1, Pair(cm::kJpegYB, cm::kRound), cm::kShift);
-      out[1][h] = _mm256_add_epi16(
-          Sum4(rg, Pair(cm::kJpegUR, cm::kJpegUG), b1, Pair(cm::kJpegUB, cm::kRound), cm::kShift),
-          off);
-      out[2][h] = _mm256_add_epi16(
-          Sum4(rg, Pair(cm::kJpegVR, cm::kJpegVG), b1, Pair(cm::kJpegVB, cm::kRound), cm::kShift),
-          off);
+      const __m256i R = h ? Shl8Hi(r) : Shl8Lo(r), G = h ? Shl8Hi(g) : Shl8Lo(g),
+                    B = h ? Shl8Hi(b) : Shl8Lo(b);
+      JpegYcc16(R, G, B, &out[0][h], &out[1][h], &out[2][h]);
     }
     St(y + x, _mm256_packus_epi16(out[0][0], out[0][1]));
     St(cb + x, _mm256_packus_epi16(out[1][0], out[1][1]));
@@ -466,6 +559,7 @@ void InstallAvx2Kernels(Kernels* k) {
   k->yuy2ToRgb = Yuy2ToRgb;
   k->yuy2ToRgbPlanes = Yuy2ToRgbPlanes;
   k->rgbToYcc420 = RgbToYcc420;
+  k->rgbPlanesToYuy2 = RgbPlanesToYuy2;
   k->jpegYccToBgr = JpegYccToBgr;
   k->jpegYccToRgbPlanes = JpegYccToRgbPlanes;
   k->jpegBgrToYcc = JpegBgrToYcc;

@@ -272,6 +272,7 @@ Kernels MakeForLevel(SimdLevel level) {
   if (level >= SimdLevel::kAvx512) {
     InstallAvx512ResizeKernels(&k);
     InstallAvx512AlphaKernels(&k);
+    InstallAvx512ColorKernels(&k);
   }
 #else
   (void)level;

@@ -1,7 +1,7 @@
 // SSSE3 forms of the row kernels that move or convert 3-channel pixels (the
 // byte shuffle makes 3-byte pixels cheap), and of the colour conversions.
-// Each gives the bytes of its plain twin: the same Q13 sums in 32 bits, the
-// same arithmetic shifts, the same saturation.
+// Each gives the bytes of its plain twin: the colour forms do the plain
+// form's fixed point in 16-bit lanes, one multiply-high per product.
 #include <tmmintrin.h>
 
 #include <cstddef>
@@ -86,14 +86,46 @@ inline __m128i Dot3(__m128i a, __m128i b, __m128i c, int ca, int cb, int cc, int
   return _mm_packs_epi32(lo, hi);
 }
 
-// Studio YCbCr (int16 lanes, chroma per pixel) to R, G, B int16 lanes.
-inline void Studio8(__m128i y, __m128i u, __m128i v, __m128i* r, __m128i* g, __m128i* b) {
-  y = _mm_sub_epi16(y, _mm_set1_epi16(16));
-  u = _mm_sub_epi16(u, _mm_set1_epi16(128));
-  v = _mm_sub_epi16(v, _mm_set1_epi16(128));
-  *r = Dot3(y, v, u, cm::kStudioY, cm::kStudioRV, 0, cm::kRound, cm::kShift);
-  *g = Dot3(y, u, v, cm::kStudioY, -cm::kStudioGU, -cm::kStudioGV, cm::kRound, cm::kShift);
-  *b = Dot3(y, u, v, cm::kStudioY, cm::kStudioBU, 0, cm::kRound, cm::kShift);
+// The studio inverse in 16-bit lanes. Luma arrives as Y << 8 (unsigned), so
+// the unsigned multiply-high gives (Y x 19071) >> 8; chroma arrives as
+// (C - 128) << 8, so the rounding multiply-high (a x b + 2^14) >> 15 gives
+// (d x k + 64) >> 7, the plain form's term. Blue may pass 32767 only when it
+// is above 511 in Q6; the saturating add keeps it there, and the pack makes
+// it 255 as the plain form does.
+inline __m128i StudioLuma(__m128i y8) {
+  return _mm_add_epi16(_mm_mulhi_epu16(y8, _mm_set1_epi16(cm::kStudioY)),
+                       _mm_set1_epi16(cm::kStudioBias));
+}
+
+// Chroma terms of red, green (both products, summed) and blue.
+struct StudioTerms {
+  __m128i r, g, b;
+};
+inline StudioTerms StudioChromaTerms(__m128i u8, __m128i v8) {
+  return {_mm_mulhrs_epi16(v8, _mm_set1_epi16(cm::kStudioRV)),
+          _mm_add_epi16(_mm_mulhrs_epi16(u8, _mm_set1_epi16(cm::kStudioGU)),
+                        _mm_mulhrs_epi16(v8, _mm_set1_epi16(cm::kStudioGV))),
+          _mm_mulhrs_epi16(u8, _mm_set1_epi16(cm::kStudioBU))};
+}
+
+// R, G, B int16 lanes (before saturation) from luma and per-pixel terms.
+inline void StudioRgb8(__m128i yy, const StudioTerms& t, __m128i* r, __m128i* g, __m128i* b) {
+  *r = _mm_srai_epi16(_mm_adds_epi16(yy, t.r), 6);
+  *g = _mm_srai_epi16(_mm_subs_epi16(yy, t.g), 6);
+  *b = _mm_srai_epi16(_mm_adds_epi16(yy, t.b), 6);
+}
+
+// The 8 bytes at p as (C - 128) << 8 in 16-bit lanes.
+inline __m128i Chroma8(const uint8_t* p) {
+  const __m128i c = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return _mm_unpacklo_epi8(_mm_setzero_si128(), _mm_xor_si128(c, _mm_set1_epi8(-128)));
+}
+
+inline StudioTerms DupLo(const StudioTerms& t) {
+  return {_mm_unpacklo_epi16(t.r, t.r), _mm_unpacklo_epi16(t.g, t.g), _mm_unpacklo_epi16(t.b, t.b)};
+}
+inline StudioTerms DupHi(const StudioTerms& t) {
+  return {_mm_unpackhi_epi16(t.r, t.r), _mm_unpackhi_epi16(t.g, t.g), _mm_unpackhi_epi16(t.b, t.b)};
 }
 
 // JFIF YCbCr to R, G, B int16 lanes (before saturation).
@@ -109,33 +141,57 @@ inline void Jpeg8(__m128i y, __m128i u, __m128i v, __m128i* r, __m128i* g, __m12
 inline __m128i Lo16(__m128i v) { return _mm_unpacklo_epi8(v, _mm_setzero_si128()); }
 inline __m128i Hi16(__m128i v) { return _mm_unpackhi_epi8(v, _mm_setzero_si128()); }
 
-// Studio Y of 16 pixels given as planes.
+// The forward matrices in 16-bit lanes. A channel arrives as X << 8
+// (unsigned), so the unsigned multiply-high by k gives (X x k) >> 8; a sum S
+// of 2^m pixels arrives as S << (7 - m) and is multiplied by 2k, which gives
+// (S x k) >> (8 + m). Chroma rows lie in 0..32768 before the last shift, so
+// they are shifted as unsigned.
+inline __m128i Mul(__m128i x8, int k) {
+  return _mm_mulhi_epu16(x8, _mm_set1_epi16(static_cast<int16_t>(k)));
+}
+// kChromaBias + plus x kp - minus1 x k1 - minus2 x k2, shifted by 7.
+inline __m128i Chroma(__m128i plus, int kp, __m128i minus1, int k1, __m128i minus2, int k2) {
+  const __m128i s = _mm_add_epi16(Mul(plus, kp), _mm_set1_epi16(cm::kChromaBias));
+  return _mm_srli_epi16(_mm_sub_epi16(_mm_sub_epi16(s, Mul(minus1, k1)), Mul(minus2, k2)), 7);
+}
+// Bytes 0..7 (8..15) of v as X << 8 in 16-bit lanes.
+inline __m128i Shl8Lo(__m128i v) { return _mm_unpacklo_epi8(_mm_setzero_si128(), v); }
+inline __m128i Shl8Hi(__m128i v) { return _mm_unpackhi_epi8(_mm_setzero_si128(), v); }
+
+// JFIF Y, Cb, Cr int16 lanes (before saturation) of 8 pixels given as X << 8.
+// Luma l is in Q7 (at most 32638); a channel less luma, (X << 7) - l, fits
+// 16 bits, and the chroma sum passes 32767 only when it is above 255 in Q7,
+// where the saturating add keeps it.
+inline void JpegYcc8(__m128i r8, __m128i g8, __m128i b8, __m128i* y, __m128i* cb, __m128i* cr) {
+  const __m128i l = _mm_add_epi16(_mm_add_epi16(Mul(r8, cm::kJpegYR), Mul(g8, cm::kJpegYG)),
+                                  Mul(b8, cm::kJpegYB));
+  const __m128i bias = _mm_set1_epi16(cm::kChromaBias);
+  *y = _mm_srli_epi16(_mm_add_epi16(l, _mm_set1_epi16(64)), 7);
+  const __m128i db = _mm_sub_epi16(_mm_srli_epi16(b8, 1), l);
+  const __m128i dr = _mm_sub_epi16(_mm_srli_epi16(r8, 1), l);
+  *cb = _mm_srai_epi16(_mm_adds_epi16(_mm_mulhrs_epi16(db, _mm_set1_epi16(cm::kJpegU)), bias), 7);
+  *cr = _mm_srai_epi16(_mm_adds_epi16(_mm_mulhrs_epi16(dr, _mm_set1_epi16(cm::kJpegV)), bias), 7);
+}
+
+// Studio Y from planes: (R, G) x (66, 62) + (B, G) x (25, 67), two byte
+// multiply-adds a lane, whose sum (at most 56100) is shifted as unsigned.
+inline __m128i StudioYHalf(__m128i rg, __m128i bg) {
+  const __m128i c1 = _mm_set1_epi16(static_cast<int16_t>((cm::kStudioYG1 << 8) | cm::kStudioYR));
+  const __m128i c2 =
+      _mm_set1_epi16(static_cast<int16_t>(((cm::kStudioYG - cm::kStudioYG1) << 8) | cm::kStudioYB));
+  const __m128i s = _mm_add_epi16(_mm_maddubs_epi16(rg, c1), _mm_maddubs_epi16(bg, c2));
+  return _mm_srli_epi16(_mm_add_epi16(s, _mm_set1_epi16(cm::kStudioYBias)), 8);
+}
 inline __m128i StudioY16(__m128i r, __m128i g, __m128i b) {
-  const __m128i off = _mm_set1_epi16(16);
-  const __m128i lo = _mm_add_epi16(Dot3(Lo16(r), Lo16(g), Lo16(b), cm::kStudioYR, cm::kStudioYG,
-                                        cm::kStudioYB, cm::kRound, cm::kShift),
-                                   off);
-  const __m128i hi = _mm_add_epi16(Dot3(Hi16(r), Hi16(g), Hi16(b), cm::kStudioYR, cm::kStudioYG,
-                                        cm::kStudioYB, cm::kRound, cm::kShift),
-                                   off);
-  return _mm_packus_epi16(lo, hi);
+  return _mm_packus_epi16(StudioYHalf(_mm_unpacklo_epi8(r, g), _mm_unpacklo_epi8(b, g)),
+                          StudioYHalf(_mm_unpackhi_epi8(r, g), _mm_unpackhi_epi8(b, g)));
 }
 
-// Sums of neighbouring lane pairs of two int16 vectors (16 lanes -> 8 lanes).
-inline __m128i PairSums(__m128i lo, __m128i hi) {
-  const __m128i one = _mm_set1_epi16(1);
-  return _mm_packs_epi32(_mm_madd_epi16(lo, one), _mm_madd_epi16(hi, one));
-}
-
-// Studio Cb, Cr of 8 samples from channel sums over 2^n pixels; results as bytes in
-// the low 8 lanes.
-inline void StudioChroma8(__m128i rs, __m128i gs, __m128i bs, int n, __m128i* cb, __m128i* cr) {
-  const int s = cm::kShift + n;
-  const __m128i off = _mm_set1_epi16(128);
-  const __m128i u = _mm_add_epi16(
-      Dot3(rs, gs, bs, cm::kStudioUR, cm::kStudioUG, cm::kStudioUB, 1 << (s - 1), s), off);
-  const __m128i v = _mm_add_epi16(
-      Dot3(rs, gs, bs, cm::kStudioVR, cm::kStudioVG, cm::kStudioVB, 1 << (s - 1), s), off);
+// Studio Cb, Cr of 8 samples from channel sums scaled to S << (7 - m); the
+// bytes land in the low 8 lanes.
+inline void StudioChroma8(__m128i rs, __m128i gs, __m128i bs, __m128i* cb, __m128i* cr) {
+  const __m128i u = Chroma(bs, 2 * cm::kStudioUB, rs, 2 * cm::kStudioUR, gs, 2 * cm::kStudioUG);
+  const __m128i v = Chroma(rs, 2 * cm::kStudioVR, gs, 2 * cm::kStudioVG, bs, 2 * cm::kStudioVB);
   *cb = _mm_packus_epi16(u, u);
   *cr = _mm_packus_epi16(v, v);
 }
@@ -144,30 +200,38 @@ void Yuv420ToBgr(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t
   int i = 0;
   for (; i + 8 <= pairs; i += 8) {
     const __m128i yy = Ld(y + 2 * i);
-    const __m128i u = Lo16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cb + i)));
-    const __m128i v = Lo16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(cr + i)));
+    const StudioTerms t = StudioChromaTerms(Chroma8(cb + i), Chroma8(cr + i));
     __m128i r0, g0, b0, r1, g1, b1;
-    Studio8(Lo16(yy), _mm_unpacklo_epi16(u, u), _mm_unpacklo_epi16(v, v), &r0, &g0, &b0);
-    Studio8(Hi16(yy), _mm_unpackhi_epi16(u, u), _mm_unpackhi_epi16(v, v), &r1, &g1, &b1);
+    StudioRgb8(StudioLuma(Shl8Lo(yy)), DupLo(t), &r0, &g0, &b0);
+    StudioRgb8(StudioLuma(Shl8Hi(yy)), DupHi(t), &r1, &g1, &b1);
     Join3(_mm_packus_epi16(b0, b1), _mm_packus_epi16(g0, g1), _mm_packus_epi16(r0, r1),
           bgr + 6 * i);
   }
   if (i < pairs) PlainKernels().yuv420ToBgr(y + 2 * i, cb + i, cr + i, bgr + 6 * i, pairs - i);
 }
 
+// 4 pixel pairs of packed 4:2:2 (Y0 Cb Y1 Cr in 16-bit lanes Y | C << 8) to
+// 8 R, G, B int16 lanes. The chroma lanes alternate Cb, Cr: one multiply gives
+// blue's term in the Cb lane and red's in the Cr lane, another green's two
+// products, which a swap within each pair adds up.
+inline void Yuy2Rgb8(__m128i s, __m128i* r, __m128i* g, __m128i* b) {
+  const __m128i c = _mm_xor_si128(_mm_and_si128(s, _mm_set1_epi16(static_cast<int16_t>(0xFF00))),
+                                  _mm_set1_epi16(static_cast<int16_t>(0x8000)));
+  const __m128i rb = _mm_mulhrs_epi16(c, Pair(cm::kStudioBU, cm::kStudioRV));
+  const __m128i gg = _mm_mulhrs_epi16(c, Pair(cm::kStudioGU, cm::kStudioGV));
+  const __m128i even = _mm_setr_epi8(0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13);
+  const __m128i odd = _mm_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15);
+  const __m128i swap = _mm_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13);
+  const StudioTerms t{_mm_shuffle_epi8(rb, odd), _mm_add_epi16(gg, _mm_shuffle_epi8(gg, swap)),
+                      _mm_shuffle_epi8(rb, even)};
+  StudioRgb8(StudioLuma(_mm_slli_epi16(s, 8)), t, r, g, b);
+}
+
 // 8 pixel pairs of packed 4:2:2 to 16 R, G, B bytes.
 inline void Yuy2Rgb16(const uint8_t* s, __m128i* r, __m128i* g, __m128i* b) {
-  const __m128i lo8 = _mm_set1_epi16(0x00FF);
-  const __m128i s0 = Ld(s), s1 = Ld(s + 16);
-  const __m128i c0 = _mm_srli_epi16(s0, 8), c1 = _mm_srli_epi16(s1, 8);
-  // c: cb0 cr0 cb1 cr1 ...; per pixel: cb0 cb0 cb1 cb1 / cr0 cr0 cr1 cr1
-  const __m128i u0 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c0, 0xA0), 0xA0);
-  const __m128i v0 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c0, 0xF5), 0xF5);
-  const __m128i u1 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c1, 0xA0), 0xA0);
-  const __m128i v1 = _mm_shufflehi_epi16(_mm_shufflelo_epi16(c1, 0xF5), 0xF5);
   __m128i r0, g0, b0, r1, g1, b1;
-  Studio8(_mm_and_si128(s0, lo8), u0, v0, &r0, &g0, &b0);
-  Studio8(_mm_and_si128(s1, lo8), u1, v1, &r1, &g1, &b1);
+  Yuy2Rgb8(Ld(s), &r0, &g0, &b0);
+  Yuy2Rgb8(Ld(s + 16), &r1, &g1, &b1);
   *r = _mm_packus_epi16(r0, r1);
   *g = _mm_packus_epi16(g0, g1);
   *b = _mm_packus_epi16(b0, b1);
@@ -196,6 +260,9 @@ void Yuy2ToRgbPlanes(const uint8_t* s, uint8_t* r, uint8_t* g, uint8_t* b, int p
     PlainKernels().yuy2ToRgbPlanes(s + 4 * i, r + 2 * i, g + 2 * i, b + 2 * i, pairs - i);
 }
 
+// Pair sums of 16 bytes times w, in 8 lanes: at most 510 w.
+inline __m128i PairSum(__m128i v, int w) { return _mm_maddubs_epi16(v, _mm_set1_epi8(w)); }
+
 void RgbToYcc420(const uint8_t* p0, const uint8_t* p1, uint8_t* y0, uint8_t* y1, uint8_t* cb,
                  uint8_t* cr, int pairs) {
   int i = 0;
@@ -205,14 +272,12 @@ void RgbToYcc420(const uint8_t* p0, const uint8_t* p1, uint8_t* y0, uint8_t* y1,
     Split3(p1 + 6 * i, &r1, &g1, &b1);
     St(y0 + 2 * i, StudioY16(r0, g0, b0));
     St(y1 + 2 * i, StudioY16(r1, g1, b1));
-    const __m128i rs =
-        PairSums(_mm_add_epi16(Lo16(r0), Lo16(r1)), _mm_add_epi16(Hi16(r0), Hi16(r1)));
-    const __m128i gs =
-        PairSums(_mm_add_epi16(Lo16(g0), Lo16(g1)), _mm_add_epi16(Hi16(g0), Hi16(g1)));
-    const __m128i bs =
-        PairSums(_mm_add_epi16(Lo16(b0), Lo16(b1)), _mm_add_epi16(Hi16(b0), Hi16(b1)));
+    // Block sums S of 4 pixels as S << 5.
+    const __m128i rs = _mm_add_epi16(PairSum(r0, 32), PairSum(r1, 32));
+    const __m128i gs = _mm_add_epi16(PairSum(g0, 32), PairSum(g1, 32));
+    const __m128i bs = _mm_add_epi16(PairSum(b0, 32), PairSum(b1, 32));
     __m128i u, v;
-    StudioChroma8(rs, gs, bs, 2, &u, &v);
+    StudioChroma8(rs, gs, bs, &u, &v);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(cb + i), u);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(cr + i), v);
   }
@@ -226,9 +291,9 @@ void RgbPlanesToYuy2(const uint8_t* r, const uint8_t* g, const uint8_t* b, uint8
   for (; i + 8 <= pairs; i += 8) {
     const __m128i vr = Ld(r + 2 * i), vg = Ld(g + 2 * i), vb = Ld(b + 2 * i);
     const __m128i y = StudioY16(vr, vg, vb);
+    // Pair sums S as S << 6.
     __m128i u, v;
-    StudioChroma8(PairSums(Lo16(vr), Hi16(vr)), PairSums(Lo16(vg), Hi16(vg)),
-                  PairSums(Lo16(vb), Hi16(vb)), 1, &u, &v);
+    StudioChroma8(PairSum(vr, 64), PairSum(vg, 64), PairSum(vb, 64), &u, &v);
     const __m128i uv = _mm_unpacklo_epi8(u, v);
     St(d + 4 * i, _mm_unpacklo_epi8(y, uv));
     St(d + 4 * i + 16, _mm_unpackhi_epi8(y, uv));
@@ -274,18 +339,14 @@ void JpegYccToRgbPlanes(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, 
 
 void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int width) {
   int x = 0;
-  const __m128i off = _mm_set1_epi16(128);
   for (; x + 16 <= width; x += 16) {
     __m128i b, g, r;
     Split3(bgr + 3 * x, &b, &g, &r);
     __m128i out[3][2];
     for (int h = 0; h < 2; ++h) {
-      const __m128i R = h ? Hi16(r) : Lo16(r), G = h ? Hi16(g) : Lo16(g), B = h ? Hi16(b) : Lo16(b);
-      out[0][h] = Dot3(R, G, B, cm::kJpegYR, cm::kJpegYG, cm::kJpegYB, cm::kRound, cm::kShift);
-      out[1][h] = _mm_add_epi16(
-          Dot3(R, G, B, cm::kJpegUR, cm::kJpegUG, cm::kJpegUB, cm::kRound, cm::kShift), off);
-      out[2][h] = _mm_add_epi16(
-          Dot3(R, G, B, cm::kJpegVR, cm::kJpegVG, cm::kJpegVB, cm::kRound, cm::kShift), off);
+      const __m128i R = h ? Shl8Hi(r) : Shl8Lo(r), G = h ? Shl8Hi(g) : Shl8Lo(g),
+                    B = h ? Shl8Hi(b) : Shl8Lo(b);
+      JpegYcc8(R, G, B, &out[0][h], &out[1][h], &out[2][h]);
     }
     St(y + x, _mm_packus_epi16(out[0][0], out[0][1]));
     St(cb + x, _mm_packus_epi16(out[1][0], out[1][1]));
