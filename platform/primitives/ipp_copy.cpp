@@ -1,5 +1,6 @@
 #include "platform/primitives/ipp_copy.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "platform/primitives/ipp_check.h"
@@ -94,6 +95,11 @@ IppStatus Set_C4R(const Kernels& k, const Ipp8u value[4], Ipp8u* d, int dStep, I
   if (value == nullptr || d == nullptr) return ippStsNullPtrErr;
   if (!check::SizeOk(r)) return ippStsSizeErr;
   if (!check::StepOk(dStep, r.width, 4)) return ippStsStepErr;
+  // Lines that follow each other without a gap are filled as one.
+  if (int64_t{dStep} == 4 * int64_t{r.width} && int64_t{r.width} * r.height <= INT32_MAX / 4) {
+    k.setC4(d, r.width * r.height, value);
+    return ippStsNoErr;
+  }
   for (int y = 0; y < r.height; ++y) k.setC4(Line(d, dStep, y), r.width, value);
   return ippStsNoErr;
 }

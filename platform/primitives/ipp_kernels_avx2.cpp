@@ -540,6 +540,31 @@ void SampleDownH2V1(const uint8_t* r, uint8_t* d, int width) {
   if (x < width) KernelsFor(SimdLevel::kSse2).sampleDownH2V1(r + 2 * x, d + x, width - x);
 }
 
+void SetC4(uint8_t* d, int width, const uint8_t v[4]) {
+  const __m256i p = _mm256_set1_epi32(
+      static_cast<int>(v[0] | (v[1] << 8) | (v[2] << 16) | (static_cast<uint32_t>(v[3]) << 24)));
+  int x = 0;
+  for (; x + 32 <= width; x += 32) {
+    St(d + 4 * x, p);
+    St(d + 4 * x + 32, p);
+    St(d + 4 * x + 64, p);
+    St(d + 4 * x + 96, p);
+  }
+  for (; x + 8 <= width; x += 8) St(d + 4 * x, p);
+  if (x < width) KernelsFor(SimdLevel::kSse2).setC4(d + 4 * x, width - x, v);
+}
+
+// The chosen channel of every pixel (d points at it): the first byte of each
+// dword from d is replaced, the other three are written back as read.
+void SetC4C(uint8_t* d, int width, uint8_t v) {
+  const __m256i val = _mm256_set1_epi32(v);
+  const __m256i first = _mm256_set1_epi32(0xFF);
+  int x = 0;
+  // The vector reaches 3 bytes past the 8th pixel's byte: keep one more pixel.
+  for (; x + 9 <= width; x += 8) St(d + 4 * x, _mm256_blendv_epi8(Ld(d + 4 * x), val, first));
+  if (x < width) KernelsFor(SimdLevel::kSse2).setC4C(d + 4 * x, width - x, v);
+}
+
 // Nearest neighbour of 4-byte pixels: one gather of eight pixels, each read whole.
 void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
   int x = 0;
@@ -567,6 +592,8 @@ void InstallAvx2Kernels(Kernels* k) {
   k->alphaMix = AlphaMix;
   k->alphaOverAC4 = AlphaOverAC4;
   k->gatherC4 = GatherC4;
+  k->setC4 = SetC4;
+  k->setC4C = SetC4C;
 }
 
 }  // namespace ipp
