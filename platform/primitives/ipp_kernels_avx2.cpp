@@ -540,6 +540,68 @@ void SampleDownH2V1(const uint8_t* r, uint8_t* d, int width) {
   if (x < width) KernelsFor(SimdLevel::kSse2).sampleDownH2V1(r + 2 * x, d + x, width - x);
 }
 
+// ----- channel moves -----------------------------------------------------------
+
+// 3-byte pixels to 4-byte ones whose fourth byte is kept: 8 pixels a vector,
+// each half spreading the 12 bytes of its 4 pixels.
+void CopyC3AC4(const uint8_t* s, uint8_t* d, int width) {
+  const __m256i spread =
+      _mm256_setr_epi8(0, 1, 2, -128, 3, 4, 5, -128, 6, 7, 8, -128, 9, 10, 11, -128, 0, 1, 2, -128,
+                       3, 4, 5, -128, 6, 7, 8, -128, 9, 10, 11, -128);
+  const __m256i keep = _mm256_set1_epi32(static_cast<int>(0xFF000000u));
+  int x = 0;
+  // The second half's 16-byte load reads 4 bytes past its 12: keep two more pixels.
+  for (; x + 10 <= width; x += 8) {
+    const __m256i v =
+        _mm256_inserti128_si256(_mm256_castsi128_si256(Ld128(s + 3 * x)), Ld128(s + 3 * x + 12), 1);
+    St(d + 4 * x, _mm256_blendv_epi8(_mm256_shuffle_epi8(v, spread), Ld(d + 4 * x), keep));
+  }
+  if (x < width) KernelsFor(SimdLevel::kSse2).copyC3AC4(s + 3 * x, d + 4 * x, width - x);
+}
+
+// 4-byte pixels to 3-byte ones: each vector of 8 pixels packs to 24 bytes at
+// its start; the four stores of a step overlap by 8 bytes, each later one
+// writing the right bytes over the previous one's surplus.
+void CopyAC4C3(const uint8_t* s, uint8_t* d, int width) {
+  const __m256i pack =
+      _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128, 0, 1, 2, 4,
+                       5, 6, 8, 9, 10, 12, 13, 14, -128, -128, -128, -128);
+  const __m256i join = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7);
+  int x = 0;
+  // The last store of a step writes 8 bytes past the step's 96: keep 3 more pixels.
+  for (; x + 35 <= width; x += 32)
+    for (int k = 0; k < 4; ++k)
+      St(d + 3 * x + 24 * k,
+         _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(Ld(s + 4 * x + 32 * k), pack), join));
+  if (x < width) KernelsFor(SimdLevel::kSse2).copyAC4C3(s + 4 * x, d + 3 * x, width - x);
+}
+
+// 4-byte pixels to four planes: each vector's halves group their 4 pixels by
+// channel, two interleaves collect a channel of 32 pixels, and one dword
+// permute puts them in order.
+void CopyC4P4(const uint8_t* s, uint8_t* d0, uint8_t* d1, uint8_t* d2, uint8_t* d3, int width) {
+  const __m256i group = _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15, 0, 4,
+                                         8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+  int x = 0;
+  for (; x + 32 <= width; x += 32) {
+    __m256i v[4];
+    for (int k = 0; k < 4; ++k) v[k] = _mm256_shuffle_epi8(Ld(s + 4 * x + 32 * k), group);
+    const __m256i lo01 = _mm256_unpacklo_epi32(v[0], v[1]),
+                  hi01 = _mm256_unpackhi_epi32(v[0], v[1]);
+    const __m256i lo23 = _mm256_unpacklo_epi32(v[2], v[3]),
+                  hi23 = _mm256_unpackhi_epi32(v[2], v[3]);
+    St(d0 + x, _mm256_permutevar8x32_epi32(_mm256_unpacklo_epi64(lo01, lo23), order));
+    St(d1 + x, _mm256_permutevar8x32_epi32(_mm256_unpackhi_epi64(lo01, lo23), order));
+    St(d2 + x, _mm256_permutevar8x32_epi32(_mm256_unpacklo_epi64(hi01, hi23), order));
+    St(d3 + x, _mm256_permutevar8x32_epi32(_mm256_unpackhi_epi64(hi01, hi23), order));
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kSse2).copyC4P4(s + 4 * x, d0 + x, d1 + x, d2 + x, d3 + x, width - x);
+}
+
+// ----- fills -------------------------------------------------------------------
+
 void SetC4(uint8_t* d, int width, const uint8_t v[4]) {
   const __m256i p = _mm256_set1_epi32(
       static_cast<int>(v[0] | (v[1] << 8) | (v[2] << 16) | (static_cast<uint32_t>(v[3]) << 24)));
@@ -594,6 +656,9 @@ void InstallAvx2Kernels(Kernels* k) {
   k->gatherC4 = GatherC4;
   k->setC4 = SetC4;
   k->setC4C = SetC4C;
+  k->copyC3AC4 = CopyC3AC4;
+  k->copyAC4C3 = CopyAC4C3;
+  k->copyC4P4 = CopyC4P4;
 }
 
 }  // namespace ipp
