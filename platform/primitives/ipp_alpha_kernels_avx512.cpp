@@ -12,16 +12,21 @@ namespace ipp {
 namespace {
 
 // (x + 127) / 255 for 0 <= x <= 65025 in unsigned 16-bit lanes.
+// ((x + 127) x 0x8081) >> 23 is that quotient for every such x (0x8081 / 2^23 is
+// 1/255 less 1/2^31 or so, too little to cross an integer below 65152 / 255).
 inline __m512i Div255u16(__m512i x) {
-  const __m512i t = _mm512_add_epi16(x, _mm512_set1_epi16(128));
-  return _mm512_srli_epi16(_mm512_add_epi16(t, _mm512_srli_epi16(t, 8)), 8);
+  const __m512i t = _mm512_add_epi16(x, _mm512_set1_epi16(127));
+  return _mm512_srli_epi16(_mm512_mulhi_epu16(t, _mm512_set1_epi16(static_cast<int16_t>(0x8081))),
+                           7);
 }
 
 // "a over b" for eight pixels held as 16-bit lanes (two per quarter).
 inline __m512i Over8(__m512i a, __m512i b) {
   const __m512i c255 = _mm512_set1_epi16(255);
-  const __m512i wa = _mm512_shufflehi_epi16(_mm512_shufflelo_epi16(a, 0xFF), 0xFF);
-  const __m512i ab = _mm512_shufflehi_epi16(_mm512_shufflelo_epi16(b, 0xFF), 0xFF);
+  const __m512i alpha =
+      _mm512_broadcast_i32x4(_mm_setr_epi8(6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15));
+  const __m512i wa = _mm512_shuffle_epi8(a, alpha);
+  const __m512i ab = _mm512_shuffle_epi8(b, alpha);
   const __m512i wb = Div255u16(_mm512_mullo_epi16(_mm512_sub_epi16(c255, wa), ab));
   const __m512i col =
       Div255u16(_mm512_add_epi16(_mm512_mullo_epi16(wa, a), _mm512_mullo_epi16(wb, b)));

@@ -461,9 +461,12 @@ void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, i
 }
 
 // (x + 127) / 255 for 0 <= x <= 65025 in unsigned 16-bit lanes.
+// ((x + 127) x 0x8081) >> 23 is that quotient for every such x (0x8081 / 2^23 is
+// 1/255 less 1/2^31 or so, too little to cross an integer below 65152 / 255).
 inline __m256i Div255u16(__m256i x) {
-  const __m256i t = _mm256_add_epi16(x, _mm256_set1_epi16(128));
-  return _mm256_srli_epi16(_mm256_add_epi16(t, _mm256_srli_epi16(t, 8)), 8);
+  const __m256i t = _mm256_add_epi16(x, _mm256_set1_epi16(127));
+  return _mm256_srli_epi16(_mm256_mulhi_epu16(t, _mm256_set1_epi16(static_cast<int16_t>(0x8081))),
+                           7);
 }
 
 // wa x a + wb x b in unsigned 16-bit lanes: each product fits (at most 65025),
@@ -489,8 +492,10 @@ void AlphaMix(const uint8_t* a, const uint8_t* b, uint8_t* d, int count, int wa,
 // "a over b" for four pixels held as 16-bit lanes (two per half).
 inline __m256i Over4(__m256i a, __m256i b) {
   const __m256i c255 = _mm256_set1_epi16(255);
-  const __m256i wa = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(a, 0xFF), 0xFF);
-  const __m256i ab = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(b, 0xFF), 0xFF);
+  const __m256i alpha = _mm256_setr_epi8(6, 7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15, 6,
+                                         7, 6, 7, 6, 7, 6, 7, 14, 15, 14, 15, 14, 15, 14, 15);
+  const __m256i wa = _mm256_shuffle_epi8(a, alpha);
+  const __m256i ab = _mm256_shuffle_epi8(b, alpha);
   const __m256i wb = Div255u16(_mm256_mullo_epi16(_mm256_sub_epi16(c255, wa), ab));
   const __m256i col =
       Div255u16(_mm256_add_epi16(_mm256_mullo_epi16(wa, a), _mm256_mullo_epi16(wb, b)));
