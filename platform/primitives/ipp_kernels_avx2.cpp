@@ -605,6 +605,45 @@ void CopyC4P4(const uint8_t* s, uint8_t* d0, uint8_t* d1, uint8_t* d2, uint8_t* 
     KernelsFor(SimdLevel::kSse2).copyC4P4(s + 4 * x, d0 + x, d1 + x, d2 + x, d3 + x, width - x);
 }
 
+// ----- packed 4:2:2 split and join -----------------------------------------------
+
+// 16 pairs a step: each half gathers its 4 pairs as Y(8) Cb(4) Cr(4), the
+// qword interleaves of the two vectors collect Y and chroma, and one permute
+// each puts them in order.
+void Yuy2Split(const uint8_t* s, uint8_t* y, uint8_t* cb, uint8_t* cr, int pairs) {
+  const __m256i group = _mm256_setr_epi8(0, 2, 4, 6, 8, 10, 12, 14, 1, 5, 9, 13, 3, 7, 11, 15, 0, 2,
+                                         4, 6, 8, 10, 12, 14, 1, 5, 9, 13, 3, 7, 11, 15);
+  // Halves [Cb 0-3, Cr 0-3, Cb 8-11, Cr 8-11 | Cb 4-7, Cr 4-7, Cb 12-15, Cr 12-15]
+  // to [Cb 0-15 | Cr 0-15].
+  const __m256i chroma = _mm256_setr_epi32(0, 4, 2, 6, 1, 5, 3, 7);
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    const __m256i a = _mm256_shuffle_epi8(Ld(s + 4 * i), group);
+    const __m256i b = _mm256_shuffle_epi8(Ld(s + 4 * i + 32), group);
+    St(y + 2 * i, _mm256_permute4x64_epi64(_mm256_unpacklo_epi64(a, b), 0xD8));
+    const __m256i c = _mm256_permutevar8x32_epi32(_mm256_unpackhi_epi64(a, b), chroma);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(cb + i), _mm256_castsi256_si128(c));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(cr + i), _mm256_extracti128_si256(c, 1));
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kSse2).yuy2Split(s + 4 * i, y + 2 * i, cb + i, cr + i, pairs - i);
+}
+
+// 16 pairs a step: the chroma words (Cb, Cr) and the Y bytes are spread by
+// qwords, so that the byte interleave writes the pairs in memory order.
+void Yuy2Join(const uint8_t* y, const uint8_t* cb, const uint8_t* cr, uint8_t* d, int pairs) {
+  int i = 0;
+  for (; i + 16 <= pairs; i += 16) {
+    const __m256i u = _mm256_cvtepu8_epi16(Ld128(cb + i)), v = _mm256_cvtepu8_epi16(Ld128(cr + i));
+    const __m256i uv = _mm256_permute4x64_epi64(_mm256_or_si256(u, _mm256_slli_epi16(v, 8)), 0xD8);
+    const __m256i yy = _mm256_permute4x64_epi64(Ld(y + 2 * i), 0xD8);
+    St(d + 4 * i, _mm256_unpacklo_epi8(yy, uv));
+    St(d + 4 * i + 32, _mm256_unpackhi_epi8(yy, uv));
+  }
+  if (i < pairs)
+    KernelsFor(SimdLevel::kSse2).yuy2Join(y + 2 * i, cb + i, cr + i, d + 4 * i, pairs - i);
+}
+
 // ----- fills -------------------------------------------------------------------
 
 void SetC4(uint8_t* d, int width, const uint8_t v[4]) {
@@ -664,6 +703,8 @@ void InstallAvx2Kernels(Kernels* k) {
   k->copyC3AC4 = CopyC3AC4;
   k->copyAC4C3 = CopyAC4C3;
   k->copyC4P4 = CopyC4P4;
+  k->yuy2Split = Yuy2Split;
+  k->yuy2Join = Yuy2Join;
 }
 
 }  // namespace ipp
