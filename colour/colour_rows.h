@@ -82,23 +82,20 @@ struct PlanarRows {
 
 // What the byte multiply-add bodies of toYuy2 make of a chroma filter
 // (wa x a + wb x b + round) >> shift: the sum of one multiply-add of the
-// interleaved samples, then the cheapest exact scaling.
+// interleaved samples, then the scaling.
 enum class Yuy2Chroma {
   kUnsuited,   // weights beyond a signed byte or sums beyond 16 bits: the word body
-  kCopy,       // wa 1, wb 0, no rounding, no shift: the samples of line a
   kRoundHalf,  // round 2^(shift-1): (x * 2^(15-shift) + 2^14) >> 15, one rounding multiply
   kFloor,      // round 0: a shift alone
-  kGeneral,    // add, then shift
+  kAddShift,   // any other rounding: an add and a shift
 };
 
 inline Yuy2Chroma ClassifyYuy2Chroma(int wa, int wb, int round, int shift) {
   if (wa < 0 || wb < 0 || wa > 127 || wb > 127 || round < 0 || shift < 0 || shift > 15 ||
       (wa + wb) * 255 + round > 32767)
     return Yuy2Chroma::kUnsuited;
-  if (wa == 1 && wb == 0 && round == 0 && shift == 0) return Yuy2Chroma::kCopy;
   if (shift >= 1 && round == 1 << (shift - 1)) return Yuy2Chroma::kRoundHalf;
-  if (round == 0) return Yuy2Chroma::kFloor;
-  return Yuy2Chroma::kGeneral;
+  return round == 0 ? Yuy2Chroma::kFloor : Yuy2Chroma::kAddShift;
 }
 
 // The 24-bit route's vertical weighting (wa x xa + wb x xb) x mul of the

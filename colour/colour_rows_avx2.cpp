@@ -283,20 +283,14 @@ int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uin
   const ChromaConsts k = consts;  // a local copy: stores through dst can't alias it
   int j = 0;
   for (; j + 32 <= pairs; j += 32) {
-    __m256i uvlo, uvhi;  // words (U, V) of pairs [0-7 | 16-23] and [8-15 | 24-31]
-    if (kKind == Yuy2Chroma::kCopy) {
-      const __m256i u = LoadU(ua + j), v = LoadU(va + j);
-      uvlo = _mm256_unpacklo_epi8(u, v);
-      uvhi = _mm256_unpackhi_epi8(u, v);
-    } else {
-      const __m256i a = LoadU(ua + j), b = LoadU(ub + j), c = LoadU(va + j), d = LoadU(vb + j);
-      uvlo =
-          _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpacklo_epi8(a, b), k),
-                          _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpacklo_epi8(c, d), k), 8));
-      uvhi =
-          _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpackhi_epi8(a, b), k),
-                          _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpackhi_epi8(c, d), k), 8));
-    }
+    // Words (U, V) of pairs [0-7 | 16-23] and [8-15 | 24-31].
+    const __m256i a = LoadU(ua + j), b = LoadU(ub + j), c = LoadU(va + j), d = LoadU(vb + j);
+    const __m256i uvlo =
+        _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpacklo_epi8(a, b), k),
+                        _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpacklo_epi8(c, d), k), 8));
+    const __m256i uvhi =
+        _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpackhi_epi8(a, b), k),
+                        _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpackhi_epi8(c, d), k), 8));
     const __m256i y0 = LoadU(y + 2 * j), y1 = LoadU(y + 2 * j + 32);
     const __m256i ya = _mm256_permute2x128_si256(y0, y1, 0x20);  // pairs [0-7 | 16-23]
     const __m256i yb = _mm256_permute2x128_si256(y0, y1, 0x31);  // [8-15 | 24-31]
@@ -317,22 +311,13 @@ void ToYuy2(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_
             const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
   const ChromaConsts k(wa, wb, round, shift);
   int j = 0;
-  switch (ClassifyYuy2Chroma(wa, wb, round, shift)) {
-    case Yuy2Chroma::kCopy:
-      j = ToYuy2Body<Yuy2Chroma::kCopy>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kRoundHalf:
-      j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kFloor:
-      j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kGeneral:
-      j = ToYuy2Body<Yuy2Chroma::kGeneral>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kUnsuited:
-      break;
-  }
+  const Yuy2Chroma kind = ClassifyYuy2Chroma(wa, wb, round, shift);
+  if (kind == Yuy2Chroma::kRoundHalf)
+    j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
+  else if (kind == Yuy2Chroma::kFloor)
+    j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
+  else if (kind == Yuy2Chroma::kAddShift)
+    j = ToYuy2Body<Yuy2Chroma::kAddShift>(y, ua, ub, va, vb, pairs, k, dst);
   if (j < pairs)
     Sse2PlanarRows().toYuy2(y + 2 * j, ua + j, ub + j, va + j, vb + j, pairs - j, wa, wb, round,
                             shift, dst + 4 * j);

@@ -380,7 +380,6 @@ struct ChromaConsts {
 
 template <Yuy2Chroma kKind>
 inline __m512i ChromaWords32(const uint8_t* a, const uint8_t* b, const ChromaConsts& k) {
-  if (kKind == Yuy2Chroma::kCopy) return Load32(a);
   const __m512i ab = _mm512_or_si512(Load32(a), _mm512_slli_epi16(Load32(b), 8));
   const __m512i sum = _mm512_maddubs_epi16(ab, k.weights);
   if (kKind == Yuy2Chroma::kRoundHalf) return _mm512_mulhrs_epi16(sum, k.mul);
@@ -412,22 +411,13 @@ void ToYuy2(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_
             const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
   const ChromaConsts k(wa, wb, round, shift);
   int j = 0;
-  switch (ClassifyYuy2Chroma(wa, wb, round, shift)) {
-    case Yuy2Chroma::kCopy:
-      j = ToYuy2Body<Yuy2Chroma::kCopy>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kRoundHalf:
-      j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kFloor:
-      j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kGeneral:
-      j = ToYuy2Body<Yuy2Chroma::kGeneral>(y, ua, ub, va, vb, pairs, k, dst);
-      break;
-    case Yuy2Chroma::kUnsuited:
-      break;
-  }
+  const Yuy2Chroma kind = ClassifyYuy2Chroma(wa, wb, round, shift);
+  if (kind == Yuy2Chroma::kRoundHalf)
+    j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
+  else if (kind == Yuy2Chroma::kFloor)
+    j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
+  else if (kind == Yuy2Chroma::kAddShift)
+    j = ToYuy2Body<Yuy2Chroma::kAddShift>(y, ua, ub, va, vb, pairs, k, dst);
   if (j < pairs)
     Avx2PlanarRows().toYuy2(y + 2 * j, ua + j, ub + j, va + j, vb + j, pairs - j, wa, wb, round,
                             shift, dst + 4 * j);
