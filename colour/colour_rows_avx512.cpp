@@ -362,6 +362,51 @@ void RgbToYUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t*
   }
 }
 
+// ----- YUY2 to 4:2:0 ------------------------------------------------------------
+//
+// Packs work within 128-bit quarters; one qword permute puts their results in
+// memory order.
+
+inline __m512i QuarterPacksInOrder(__m512i packed) {
+  return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), packed);
+}
+
+void Yuy2ToY(const uint8_t* src, int pairs, uint8_t* y) {
+  const __m512i low = Set16(0xFF);
+  int j = 0;
+  for (; j + 32 <= pairs; j += 32) {
+    const __m512i a = _mm512_and_si512(LoadU(src + 4 * j), low);
+    const __m512i b = _mm512_and_si512(LoadU(src + 4 * j + 64), low);
+    StoreU(y + 2 * j, QuarterPacksInOrder(_mm512_packus_epi16(a, b)));
+  }
+  if (j < pairs) Avx2PlanarRows().yuy2ToY(src + 4 * j, pairs - j, y + 2 * j);
+}
+
+void Yuy2ToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t* u, uint8_t* v) {
+  const __m512i two = Set16(2), low = Set16(0xFF);
+  int j = 0;
+  for (; j + 32 <= pairs; j += 32) {
+    __m512i uv[2];  // chroma words (U or V) of pairs 0-15 and 16-31
+    for (int h = 0; h < 2; ++h) {
+      const __m512i x = _mm512_srli_epi16(LoadU(a + 4 * j + 64 * h), 8);
+      const __m512i y = _mm512_srli_epi16(LoadU(b + 4 * j + 64 * h), 8);
+      uv[h] = field
+                  ? _mm512_srli_epi16(
+                        _mm512_add_epi16(
+                            _mm512_add_epi16(_mm512_add_epi16(x, x), _mm512_add_epi16(x, y)), two),
+                        2)
+                  : _mm512_avg_epu16(x, y);
+    }
+    // U V byte pairs of pairs 0..31, in memory order.
+    const __m512i bytes = QuarterPacksInOrder(_mm512_packus_epi16(uv[0], uv[1]));
+    const __m512i packed = QuarterPacksInOrder(
+        _mm512_packus_epi16(_mm512_and_si512(bytes, low), _mm512_srli_epi16(bytes, 8)));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(u + j), _mm512_castsi512_si256(packed));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(v + j), _mm512_extracti64x4_epi64(packed, 1));
+  }
+  if (j < pairs) Avx2PlanarRows().yuy2ToUV(a + 4 * j, b + 4 * j, pairs - j, field, u + j, v + j);
+}
+
 // ----- 4:2:0 to YUY2 ------------------------------------------------------------
 //
 // The AVX2 body's arithmetic on 32 pairs a step: chroma words in memory order,
@@ -431,6 +476,8 @@ const PlanarRows& Avx512PlanarRows() {
     r.rgb24ToYUV = RgbToYUV<3>;
     r.rgb32ToYUV = RgbToYUV<4>;
     r.toYuy2 = ToYuy2;
+    r.yuy2ToY = Yuy2ToY;
+    r.yuy2ToUV = Yuy2ToUV;
     return r;
   }();
   return rows;
