@@ -256,7 +256,7 @@ void Yuy2ToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t*
 // The chroma sums come from one byte multiply-add of the interleaved samples of
 // both lines (unpacklo / unpackhi keep 128-bit halves: [0-7 | 16-23] and
 // [8-15 | 24-31] of 32 columns), U in the low and V in the high byte of a word,
-// then interleaved with Y and stored with one lane fix per 32 bytes.
+// then put in order with Y by lane and qword permutes before the interleave.
 
 struct ChromaConsts {
   __m256i weights, mul, round;
@@ -291,18 +291,17 @@ int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uin
     const __m256i uvhi =
         _mm256_or_si256(ScaleChroma<kKind>(_mm256_unpackhi_epi8(a, b), k),
                         _mm256_slli_epi16(ScaleChroma<kKind>(_mm256_unpackhi_epi8(c, d), k), 8));
-    const __m256i y0 = LoadU(y + 2 * j), y1 = LoadU(y + 2 * j + 32);
-    const __m256i ya = _mm256_permute2x128_si256(y0, y1, 0x20);  // pairs [0-7 | 16-23]
-    const __m256i yb = _mm256_permute2x128_si256(y0, y1, 0x31);  // [8-15 | 24-31]
-    const __m256i o1 = _mm256_unpacklo_epi8(ya, uvlo);           // [0-3 | 16-19]
-    const __m256i o2 = _mm256_unpackhi_epi8(ya, uvlo);           // [4-7 | 20-23]
-    const __m256i o3 = _mm256_unpacklo_epi8(yb, uvhi);           // [8-11 | 24-27]
-    const __m256i o4 = _mm256_unpackhi_epi8(yb, uvhi);           // [12-15 | 28-31]
+    // Qwords spread so that the byte interleave writes memory order: uvA and
+    // y0 take pairs 0-15 as [0-3, 8-11 | 4-7, 12-15], uvB and y1 pairs 16-31.
+    const __m256i uvA = _mm256_permute4x64_epi64(_mm256_permute2x128_si256(uvlo, uvhi, 0x20), 0xD8);
+    const __m256i uvB = _mm256_permute4x64_epi64(_mm256_permute2x128_si256(uvlo, uvhi, 0x31), 0xD8);
+    const __m256i y0 = _mm256_permute4x64_epi64(LoadU(y + 2 * j), 0xD8);
+    const __m256i y1 = _mm256_permute4x64_epi64(LoadU(y + 2 * j + 32), 0xD8);
     uint8_t* out = dst + 4 * j;
-    StoreU(out, _mm256_permute2x128_si256(o1, o2, 0x20));
-    StoreU(out + 32, _mm256_permute2x128_si256(o3, o4, 0x20));
-    StoreU(out + 64, _mm256_permute2x128_si256(o1, o2, 0x31));
-    StoreU(out + 96, _mm256_permute2x128_si256(o3, o4, 0x31));
+    StoreU(out, _mm256_unpacklo_epi8(y0, uvA));
+    StoreU(out + 32, _mm256_unpackhi_epi8(y0, uvA));
+    StoreU(out + 64, _mm256_unpacklo_epi8(y1, uvB));
+    StoreU(out + 96, _mm256_unpackhi_epi8(y1, uvB));
   }
   return j;
 }
