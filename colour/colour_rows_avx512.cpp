@@ -409,9 +409,10 @@ void Yuy2ToUV(const uint8_t* a, const uint8_t* b, int pairs, int field, uint8_t*
 
 // ----- 4:2:0 to YUY2 ------------------------------------------------------------
 //
-// The AVX2 body's arithmetic on 32 pairs a step: chroma words in memory order,
-// then one qword permute of them and of Y, so that the byte interleave writes
-// the output in memory order.
+// The AVX2 body's arithmetic (one byte multiply-add, then the scaling) on 32
+// pairs a step. The samples are widened in memory order (a | b << 8 per word),
+// and one qword permute of the chroma words and of Y lets the byte interleave
+// write the output in memory order.
 
 struct ChromaConsts {
   __m512i weights, mul, round;
