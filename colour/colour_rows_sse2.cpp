@@ -287,11 +287,38 @@ inline void Store32(uint8_t* d, __m128i c0, __m128i c1, __m128i c2, __m128i c3) 
   StoreU(d + 48, _mm_unpackhi_epi16(hi01, hi23));
 }
 
+// Four pixels B G R 0 (one per dword) to 12 bytes B G R at the bottom of the
+// register, zeros above: each qword closes its gap with a shift, then the high
+// qword's 6 bytes move down next to the low one's.
+inline __m128i Pack4x3(__m128i x) {
+  const __m128i first = _mm_set1_epi64x(0xFFFFFF);
+  const __m128i second = _mm_set1_epi64x(0xFFFFFF000000);
+  const __m128i six =
+      _mm_or_si128(_mm_and_si128(x, first), _mm_and_si128(_mm_srli_epi64(x, 8), second));
+  const __m128i lowQword = _mm_set_epi64x(0, -1);
+  return _mm_or_si128(_mm_and_si128(six, lowQword),
+                      _mm_srli_si128(_mm_andnot_si128(lowQword, six), 2));
+}
+
+// 16 pixels of 3 bytes B G R from byte vectors in pixel order.
+inline void Store24(uint8_t* d, __m128i b, __m128i g, __m128i r) {
+  const __m128i z = _mm_setzero_si128();
+  const __m128i lo01 = _mm_unpacklo_epi8(b, g), hi01 = _mm_unpackhi_epi8(b, g);
+  const __m128i lo23 = _mm_unpacklo_epi8(r, z), hi23 = _mm_unpackhi_epi8(r, z);
+  const __m128i p0 = Pack4x3(_mm_unpacklo_epi16(lo01, lo23));
+  const __m128i p1 = Pack4x3(_mm_unpackhi_epi16(lo01, lo23));
+  const __m128i p2 = Pack4x3(_mm_unpacklo_epi16(hi01, hi23));
+  const __m128i p3 = Pack4x3(_mm_unpackhi_epi16(hi01, hi23));
+  StoreU(d, _mm_or_si128(p0, _mm_slli_si128(p1, 12)));
+  StoreU(d + 16, _mm_or_si128(_mm_srli_si128(p1, 4), _mm_slli_si128(p2, 8)));
+  StoreU(d + 32, _mm_or_si128(_mm_srli_si128(p2, 8), _mm_slli_si128(p3, 4)));
+}
+
 void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t* b, int width,
             const RgbMatrix& m, PixelKind kind, uint8_t* dst) {
   const int n = width / 2;
   int i = 0;
-  if (kind == kPixBgr0 || kind == kPixBgra || kind == kPix0rgb) {
+  if (kind == kPixBgr0 || kind == kPixBgra || kind == kPix0rgb || kind == kPixBgr) {
     const __m128i gain = Set16(m.yGain), off = Set16(m.yOffset), low = _mm_set1_epi16(0xFF);
     const __m128i alpha = kind == kPixBgra ? _mm_set1_epi8(-1) : _mm_setzero_si128();
     for (; i + 8 <= n; i += 8) {
@@ -303,11 +330,12 @@ void Pixels(const uint8_t* y, const int16_t* r, const int16_t* g, const int16_t*
       const __m128i R = Colour16(te, to, r + i);
       const __m128i G = Colour16(te, to, g + i);
       const __m128i B = Colour16(te, to, b + i);
-      uint8_t* d = dst + 8 * i;
-      if (kind == kPix0rgb)
-        Store32(d, _mm_setzero_si128(), R, G, B);
+      if (kind == kPixBgr)
+        Store24(dst + 6 * i, B, G, R);
+      else if (kind == kPix0rgb)
+        Store32(dst + 8 * i, _mm_setzero_si128(), R, G, B);
       else
-        Store32(d, B, G, R, alpha);
+        Store32(dst + 8 * i, B, G, R, alpha);
     }
   }
   if (i < n) {
@@ -356,15 +384,7 @@ void Route24(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8
         _mm_add_epi16(_mm_add_epi16(lo, _mm_mulhi_epi16(euo, uToG)), _mm_mulhi_epi16(evo, vToG)));
     const __m128i R = pack(_mm_add_epi16(le, _mm_mulhi_epi16(eve, vToR)),
                            _mm_add_epi16(lo, _mm_mulhi_epi16(evo, vToR)));
-    // B G R 0 words, then three bytes of each pixel.
-    alignas(16) uint8_t px[64];
-    Store32(px, B, G, R, _mm_setzero_si128());
-    uint8_t* d = dst + 6 * i;
-    for (int p = 0; p < 16; ++p) {
-      d[3 * p] = px[4 * p];
-      d[3 * p + 1] = px[4 * p + 1];
-      d[3 * p + 2] = px[4 * p + 2];
-    }
+    Store24(dst + 6 * i, B, G, R);
   }
   if (i < n)
     PlainRgbRows().route24(y + 2 * i, ua + i, ub + i, va + i, vb + i, width - 2 * i, wa, wb, mul, m,
