@@ -605,6 +605,25 @@ void CopyC4P4(const uint8_t* s, uint8_t* d0, uint8_t* d1, uint8_t* d2, uint8_t* 
     KernelsFor(SimdLevel::kSse2).copyC4P4(s + 4 * x, d0 + x, d1 + x, d2 + x, d3 + x, width - x);
 }
 
+// The byte at s of every 4-byte pixel (s points at the chosen channel): the
+// dwords are masked to it and packed twice; the packs work within halves, so
+// one dword permute puts the 32 bytes in order.
+void CopyC4C1(const uint8_t* s, uint8_t* d, int width) {
+  const __m256i low = _mm256_set1_epi32(0xFF);
+  const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+  int x = 0;
+  // The last load ends 3 bytes past the 32nd pixel's byte: keep one more pixel.
+  for (; x + 33 <= width; x += 32) {
+    const uint8_t* p = s + 4 * x;
+    const __m256i ab =
+        _mm256_packus_epi32(_mm256_and_si256(Ld(p), low), _mm256_and_si256(Ld(p + 32), low));
+    const __m256i cd =
+        _mm256_packus_epi32(_mm256_and_si256(Ld(p + 64), low), _mm256_and_si256(Ld(p + 96), low));
+    St(d + x, _mm256_permutevar8x32_epi32(_mm256_packus_epi16(ab, cd), order));
+  }
+  if (x < width) KernelsFor(SimdLevel::kSse2).copyC4C1(s + 4 * x, d + x, width - x);
+}
+
 // ----- packed 4:2:2 split and join -----------------------------------------------
 
 // 16 pairs a step: each half gathers its 4 pairs as Y(8) Cb(4) Cr(4), the
@@ -703,6 +722,7 @@ void InstallAvx2Kernels(Kernels* k) {
   k->copyC3AC4 = CopyC3AC4;
   k->copyAC4C3 = CopyAC4C3;
   k->copyC4P4 = CopyC4P4;
+  k->copyC4C1 = CopyC4C1;
   k->yuy2Split = Yuy2Split;
   k->yuy2Join = Yuy2Join;
 }
