@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <new>
 #include <vector>
 
@@ -70,9 +71,16 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
   const ptrdiff_t dstOffset = static_cast<ptrdiff_t>(px.first) * channels;
   if (interpolation == IPPI_INTER_NN) {
     auto gather = channels == 1 ? k.gatherC1 : (channels == 3 ? k.gatherC3 : k.gatherC4);
+    const size_t rowBytes = static_cast<size_t>(px.count) * channels;
+    const Ipp8u* previous = nullptr;
     for (int j = 0; j < py.count; ++j) {
-      const Ipp8u* s = Line(src, srcStep, py.start[static_cast<size_t>(j)]);
-      gather(s, px.start.data(), Line(dst, dstStep, py.first + j) + dstOffset, px.count);
+      Ipp8u* d = Line(dst, dstStep, py.first + j) + dstOffset;
+      // A destination row with the same source row as the one above is a copy of it.
+      if (j > 0 && py.start[static_cast<size_t>(j)] == py.start[static_cast<size_t>(j) - 1])
+        std::memcpy(d, previous, rowBytes);
+      else
+        gather(Line(src, srcStep, py.start[static_cast<size_t>(j)]), px.start.data(), d, px.count);
+      previous = d;
     }
     return ippStsNoErr;
   }

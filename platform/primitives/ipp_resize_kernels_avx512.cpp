@@ -1,6 +1,7 @@
 // AVX-512 forms of the resize passes: the vertical pass on 32 samples at a
-// time, and the horizontal pass of 4-channel lines with one destination pixel
-// in each 128-bit quarter of a register. Both compute the plain sums term for
+// time, the horizontal pass of 4-channel lines with one destination pixel
+// in each 128-bit quarter of a register, and the nearest-neighbour gathers of
+// 1- and 4-byte pixels. Both compute the plain sums term for
 // term and round, shift and saturate alike, so the bytes are the plain bytes.
 // Reads past the end stay inside the room the callers keep (see
 // ipp_resize_kernels_avx2.cpp).
@@ -133,11 +134,114 @@ void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t*
                             dst + 4 * x, width - x);
 }
 
+// Nearest neighbour. A block's indices, taken relative to its first one, are
+// checked to lie between 0 and the relative index of its last pixel (always
+// so for the resizers' ascending indices); when that span is short enough the
+// block's pixels are picked by permutes out of the few registers that hold
+// the source from the first index on. Those registers are filled by masked
+// loads that stop at the last index, so no byte past the block's last source
+// pixel is read. Other blocks take the plain form. The last partial block runs
+// the same way with its lanes masked.
+
+// The mask of the first n of 64 lanes (n may be negative or above 64).
+inline uint64_t First64(int n) {
+  return n <= 0 ? 0 : (n >= 64 ? ~uint64_t{0} : (uint64_t{1} << n) - 1);
+}
+inline __mmask16 First16(int n) { return static_cast<__mmask16>(First64(n) & 0xFFFF); }
+
+// 1-byte pixels, 32 a block out of at most 128 source bytes: a word permute
+// over two registers takes the word holding each wanted byte, a variable shift
+// brings that byte down, and a narrowing store writes the 32 bytes.
+void GatherC1(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
+  const __m512i one = _mm512_set1_epi16(1);
+  for (int x = 0; x < width; x += 32) {
+    const int n = width - x < 32 ? width - x : 32;
+    const int32_t base = index[x];
+    const __m512i b = _mm512_set1_epi32(base);
+    // Lanes past the end repeat the first index.
+    const __m512i r0 = _mm512_sub_epi32(_mm512_mask_loadu_epi32(b, First16(n), index + x), b);
+    const __m512i r1 =
+        _mm512_sub_epi32(_mm512_mask_loadu_epi32(b, First16(n - 16), index + x + 16), b);
+    const int64_t span = static_cast<int64_t>(index[x + n - 1]) - base;
+    const __m512i top = _mm512_set1_epi32(static_cast<int32_t>(span));
+    if (span < 0 || span >= 128 ||
+        (_mm512_cmpgt_epu32_mask(r0, top) | _mm512_cmpgt_epu32_mask(r1, top)) != 0) {
+      PlainKernels().gatherC1(src, index + x, dst + x, n);
+      continue;
+    }
+    const int bytes = static_cast<int>(span) + 1;
+    const uint8_t* s = src + base;
+    const __m512i lo = _mm512_maskz_loadu_epi8(First64(bytes), s);
+    const __m512i hi = _mm512_maskz_loadu_epi8(First64(bytes - 64), s + 64);
+    const __m512i r = _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi32_epi16(r0)),
+                                         _mm512_cvtepi32_epi16(r1), 1);
+    const __m512i w = _mm512_permutex2var_epi16(lo, _mm512_srli_epi16(r, 1), hi);
+    const __m512i v = _mm512_srlv_epi16(w, _mm512_slli_epi16(_mm512_and_si512(r, one), 3));
+    _mm512_mask_cvtepi16_storeu_epi8(dst + x, static_cast<__mmask32>(First64(n)), v);
+  }
+}
+
+// 4-byte pixels, 16 a block out of at most 64 source pixels: a dword permute
+// over two registers for the first 32, over the next two for the rest. While
+// the 64 pixels from a block's first index end at or before the line's last
+// index (which the plain form reads too), whole registers are loaded.
+inline bool SpanOk(__m512i rel, int64_t span, int64_t limit) {
+  return span >= 0 && span < limit &&
+         _mm512_cmpgt_epu32_mask(rel, _mm512_set1_epi32(static_cast<int32_t>(span))) == 0;
+}
+
+void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width) {
+  if (width < 1) return;
+  const __m512i k32 = _mm512_set1_epi32(32);
+  const int64_t whole = static_cast<int64_t>(index[width - 1]) - 63;  // last base loaded whole
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    const int32_t base = index[x];
+    const __m512i b = _mm512_set1_epi32(base);
+    const __m512i r = _mm512_sub_epi32(_mm512_loadu_si512(index + x), b);
+    if (base < 0 || base > whole || !SpanOk(r, static_cast<int64_t>(index[x + 15]) - base, 64))
+      break;
+    const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(base);
+    const __m512i nearPart =
+        _mm512_permutex2var_epi32(_mm512_loadu_si512(s), r, _mm512_loadu_si512(s + 64));
+    const __m512i farPart =
+        _mm512_permutex2var_epi32(_mm512_loadu_si512(s + 128), r, _mm512_loadu_si512(s + 192));
+    _mm512_storeu_si512(
+        dst + 4 * x, _mm512_mask_blend_epi32(_mm512_cmpge_epi32_mask(r, k32), nearPart, farPart));
+  }
+  for (; x < width; x += 16) {
+    const int n = width - x < 16 ? width - x : 16;
+    const __mmask16 lanes = First16(n);
+    const int32_t base = index[x];
+    const __m512i b = _mm512_set1_epi32(base);
+    // Lanes past the end repeat the first index.
+    const __m512i r = _mm512_sub_epi32(_mm512_mask_loadu_epi32(b, lanes, index + x), b);
+    const int64_t span = static_cast<int64_t>(index[x + n - 1]) - base;
+    if (!SpanOk(r, span, 64)) {
+      PlainKernels().gatherC4(src, index + x, dst + 4 * x, n);
+      continue;
+    }
+    const int pixels = static_cast<int>(span) + 1;
+    const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(base);
+    __m512i v = _mm512_permutex2var_epi32(_mm512_maskz_loadu_epi32(First16(pixels), s), r,
+                                          _mm512_maskz_loadu_epi32(First16(pixels - 16), s + 64));
+    if (pixels > 32) {
+      const __m512i far =
+          _mm512_permutex2var_epi32(_mm512_maskz_loadu_epi32(First16(pixels - 32), s + 128), r,
+                                    _mm512_maskz_loadu_epi32(First16(pixels - 48), s + 192));
+      v = _mm512_mask_blend_epi32(_mm512_cmpge_epi32_mask(r, k32), v, far);
+    }
+    _mm512_mask_storeu_epi32(dst + 4 * x, lanes, v);
+  }
+}
+
 }  // namespace
 
 void InstallAvx512ResizeKernels(Kernels* k) {
   k->filterVertical = FilterVertical;
   k->filterHorizontalC4 = FilterHorizontalC4;
+  k->gatherC1 = GatherC1;
+  k->gatherC4 = GatherC4;
 }
 
 }  // namespace ipp
