@@ -22,8 +22,77 @@ inline int32_t Pair(int16_t a, int16_t b) {
                               static_cast<uint16_t>(a));
 }
 
+inline __m512i Samples(const uint8_t* row, __mmask32 m) {
+  return _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(m, row));
+}
+
+// Vertical pass with the tap count known: the row pointers and the weight
+// pairs stay in registers across the line. 32 samples a step; the last step
+// loads and stores only what is left.
+template <int T>
+void VerticalTaps(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
+  constexpr int kPairs = (T + 1) / 2;
+  const uint8_t* r[T];
+  __m512i w[kPairs];
+  for (int t = 0; t < T; ++t) r[t] = rows[t];
+  for (int p = 0; p < kPairs; ++p)
+    w[p] = _mm512_set1_epi32(Pair(coef[2 * p], 2 * p + 1 < T ? coef[2 * p + 1] : 0));
+  const __m512i rnd = _mm512_set1_epi32(128);
+  for (int i = 0; i < count; i += 32) {
+    const __mmask32 m =
+        count - i >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << (count - i)) - 1);
+    __m512i lo = rnd, hi = rnd;
+    for (int p = 0; p < kPairs; ++p) {
+      const __m512i a = Samples(r[2 * p] + i, m);
+      const __m512i b = 2 * p + 1 < T ? Samples(r[2 * p + 1] + i, m) : _mm512_setzero_si512();
+      lo = _mm512_add_epi32(lo, _mm512_madd_epi16(_mm512_unpacklo_epi16(a, b), w[p]));
+      hi = _mm512_add_epi32(hi, _mm512_madd_epi16(_mm512_unpackhi_epi16(a, b), w[p]));
+    }
+    // The in-quarter unpack and pack undo each other: lanes come back in order.
+    _mm512_mask_storeu_epi16(
+        out + i, m, _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8)));
+  }
+}
+
+// Two taps whose weights sum to one (every plan's): with d = q - p,
+//   (p w0 + q w1 + 128) >> 8 = 64 p + ((d w1 + 128) >> 8)
+// because p w0 + q w1 = 16384 p + d w1 and 16384 p is a multiple of 256; and
+// (d w1 + 128) >> 8 is exactly the rounding high multiply of (d << 7) by w1.
+// Everything fits 16 bits (|d << 7| <= 32640) and the 16-bit sum wraps as the
+// plain form's store does, so the bytes are the plain bytes.
+void VerticalTwoTaps(const uint8_t* const* rows, int16_t w1, int16_t* out, int count) {
+  const uint8_t* r0 = rows[0];
+  const uint8_t* r1 = rows[1];
+  const __m512i w = _mm512_set1_epi16(w1);
+  for (int i = 0; i < count; i += 32) {
+    const __mmask32 m =
+        count - i >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << (count - i)) - 1);
+    const __m512i p = Samples(r0 + i, m), q = Samples(r1 + i, m);
+    const __m512i d = _mm512_slli_epi16(_mm512_sub_epi16(q, p), 7);
+    _mm512_mask_storeu_epi16(out + i, m,
+                             _mm512_add_epi16(_mm512_slli_epi16(p, 6), _mm512_mulhrs_epi16(d, w)));
+  }
+}
+
 void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
                     int count) {
+  switch (taps) {
+    case 1:
+      return VerticalTaps<1>(rows, coef, out, count);
+    case 2:
+      if (coef[0] + coef[1] == 1 << 14) return VerticalTwoTaps(rows, coef[1], out, count);
+      return VerticalTaps<2>(rows, coef, out, count);
+    case 3:
+      return VerticalTaps<3>(rows, coef, out, count);
+    case 4:
+      return VerticalTaps<4>(rows, coef, out, count);
+    case 5:
+      return VerticalTaps<5>(rows, coef, out, count);
+    case 6:
+      return VerticalTaps<6>(rows, coef, out, count);
+    default:
+      break;
+  }
   const __m512i rnd = _mm512_set1_epi32(128);
   int i = 0;
   for (; i + 32 <= count; i += 32) {
