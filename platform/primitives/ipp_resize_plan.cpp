@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <utility>
 
 #include "platform/primitives/ipp_types.h"
 
@@ -140,6 +142,58 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
     }
     c[big] = static_cast<int16_t>(c[big] + (kWeightOne - sum));
   }
+}
+
+namespace {
+
+struct PlanKey {
+  int dstLength, regionLo, regionHi, interpolation;
+  double factor, origin, dstCentre;
+  bool operator==(const PlanKey& o) const {
+    // The doubles compare bit for bit: equal bits give equal plans.
+    return dstLength == o.dstLength && regionLo == o.regionLo && regionHi == o.regionHi &&
+           interpolation == o.interpolation &&
+           std::memcmp(&factor, &o.factor, sizeof factor) == 0 &&
+           std::memcmp(&origin, &o.origin, sizeof origin) == 0 &&
+           std::memcmp(&dstCentre, &o.dstCentre, sizeof dstCentre) == 0;
+  }
+};
+
+struct CachedPlan {
+  bool used = false;
+  uint64_t lastUse = 0;
+  PlanKey key{};
+  AxisPlan plan;
+};
+
+constexpr int kCachedPlans = 4;
+
+}  // namespace
+
+const AxisPlan& CachedAxisPlan(int dstLength, double factor, double origin, double dstCentre,
+                               int regionLo, int regionHi, int interpolation) {
+  thread_local CachedPlan cache[kCachedPlans];
+  thread_local uint64_t clock = 0;
+  const PlanKey key{dstLength, regionLo, regionHi, interpolation, factor, origin, dstCentre};
+  ++clock;
+  CachedPlan* oldest = &cache[0];
+  for (CachedPlan& c : cache) {
+    if (c.used && c.key == key) {
+      c.lastUse = clock;
+      return c.plan;
+    }
+    if (!c.used || (oldest->used && c.lastUse < oldest->lastUse)) oldest = &c;
+  }
+  // Built aside first, so that a failed allocation leaves the cache as it was.
+  // The slot replaced is the least recently used, never the one returned by
+  // the call before.
+  AxisPlan fresh;
+  BuildAxisPlan(dstLength, factor, origin, dstCentre, regionLo, regionHi, interpolation, &fresh);
+  oldest->plan = std::move(fresh);
+  oldest->key = key;
+  oldest->used = true;
+  oldest->lastUse = clock;
+  return oldest->plan;
 }
 
 }  // namespace ipp

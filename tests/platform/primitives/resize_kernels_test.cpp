@@ -1,7 +1,8 @@
 // The resize kernels of every processor level against the plain kernels, fed
 // directly: index patterns and weights the resizers make and some they do not,
-// with the source placed against a page that cannot be read, so that a form
-// reading one byte past its last source sample (or before its first) faults.
+// with the gathers' source placed against a page that cannot be read, so that a
+// form reading one byte past its last source pixel (or before its first)
+// faults. And the per-thread plan cache against plans built afresh.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -15,6 +16,8 @@
 
 #include "foundation/cpu_info.h"
 #include "platform/primitives/ipp_kernels.h"
+#include "platform/primitives/ipp_resize_plan.h"
+#include "platform/primitives/ipp_types.h"
 
 namespace {
 
@@ -105,6 +108,96 @@ TEST(ResizeKernels, GathersGiveThePlainBytesAndReadOnlyTheirPixels) {
           }
         }
       }
+    }
+}
+
+// Weights of `taps` taps: a plan's (non-negative, summing to one) or any whose
+// absolute values sum to at most two, so that the plain sums fit 16 bits.
+std::vector<int16_t> Weights(int taps, bool plan, std::mt19937& rng) {
+  std::vector<int16_t> w(static_cast<size_t>(taps));
+  int left = plan ? 16384 : 32767;
+  for (int t = 0; t < taps; ++t) {
+    const int v = t + 1 == taps ? left : static_cast<int>(rng() % static_cast<uint32_t>(left + 1));
+    w[static_cast<size_t>(t)] = static_cast<int16_t>(plan || (rng() & 1) ? v : -v);
+    left -= v;
+  }
+  return w;
+}
+
+TEST(ResizeKernels, VerticalPassGivesThePlainSamples) {
+  std::mt19937 rng(78);
+  const int kMaxTaps = 9, kCount = 200;
+  std::vector<std::vector<uint8_t>> lines(kMaxTaps, std::vector<uint8_t>(kCount));
+  for (auto& l : lines)
+    for (auto& b : l) b = static_cast<uint8_t>((rng() & 3) == 0 ? 255 * (rng() & 1) : rng());
+  std::vector<const uint8_t*> rows;
+  for (auto& l : lines) rows.push_back(l.data());
+  std::vector<std::vector<int16_t>> weights;
+  for (int taps = 1; taps <= kMaxTaps; ++taps)
+    for (int k = 0; k < 6; ++k) weights.push_back(Weights(taps, k < 3, rng));
+  // Two taps at the ends of linear: all weight on one sample.
+  weights.push_back({16384, 0});
+  weights.push_back({0, 16384});
+  weights.push_back({17000, -616});
+  for (const auto& w : weights)
+    for (int count : {1, 31, 32, 33, 64, 100, kCount}) {
+      const int taps = static_cast<int>(w.size());
+      std::vector<int16_t> want(static_cast<size_t>(count) + 40, 0x5A5A);
+      PlainKernels().filterVertical(rows.data(), w.data(), taps, want.data(), count);
+      for (SimdLevel level : LevelsToCompare()) {
+        std::vector<int16_t> got(want.size(), 0x5A5A);
+        KernelsFor(level).filterVertical(rows.data(), w.data(), taps, got.data(), count);
+        ASSERT_EQ(got, want) << "level " << static_cast<int>(level) << " taps " << taps << " count "
+                             << count << " w0 " << w[0];
+      }
+    }
+}
+
+void ExpectSamePlan(const AxisPlan& a, const AxisPlan& b) {
+  EXPECT_EQ(a.first, b.first);
+  EXPECT_EQ(a.count, b.count);
+  EXPECT_EQ(a.taps, b.taps);
+  EXPECT_EQ(a.start, b.start);
+  EXPECT_EQ(a.coef, b.coef);
+}
+
+TEST(ResizePlans, CachedPlansAreTheBuiltOnesForEveryKey) {
+  struct Key {
+    int dstLength;
+    double factor, origin, centre;
+    int lo, hi, interpolation;
+  };
+  const double tiny = std::nextafter(0.0, 1.0);
+  const Key base{50, 0.37, 0.0, 0.0, 0, 137, IPPI_INTER_LINEAR};
+  std::vector<Key> keys = {base};
+  // Keys that differ from the first in one field only.
+  keys.push_back({51, 0.37, 0.0, 0.0, 0, 137, IPPI_INTER_LINEAR});
+  keys.push_back({50, std::nextafter(0.37, 1.0), 0.0, 0.0, 0, 137, IPPI_INTER_LINEAR});
+  keys.push_back({50, 0.37, 0.25, 0.0, 0, 137, IPPI_INTER_LINEAR});
+  keys.push_back({50, 0.37, tiny, 0.0, 0, 137, IPPI_INTER_LINEAR});
+  keys.push_back({50, 0.37, 0.0, 25.0, 0, 137, IPPI_INTER_LINEAR});
+  keys.push_back({50, 0.37, 0.0, 0.0, 3, 137, IPPI_INTER_LINEAR});
+  keys.push_back({50, 0.37, 0.0, 0.0, 0, 136, IPPI_INTER_LINEAR});
+  for (int interp : {IPPI_INTER_NN, IPPI_INTER_CUBIC, IPPI_INTER_SUPER})
+    keys.push_back({50, 0.37, 0.0, 0.0, 0, 137, interp});
+  // Every key after every other, more keys than the cache holds, and each
+  // reference still right after the next lookup.
+  for (size_t a = 0; a < keys.size(); ++a)
+    for (size_t b = 0; b < keys.size(); ++b) {
+      const Key& p = keys[a];
+      const Key& q = keys[b];
+      const AxisPlan& first =
+          CachedAxisPlan(p.dstLength, p.factor, p.origin, p.centre, p.lo, p.hi, p.interpolation);
+      const AxisPlan& second =
+          CachedAxisPlan(q.dstLength, q.factor, q.origin, q.centre, q.lo, q.hi, q.interpolation);
+      AxisPlan wantFirst, wantSecond;
+      BuildAxisPlan(p.dstLength, p.factor, p.origin, p.centre, p.lo, p.hi, p.interpolation,
+                    &wantFirst);
+      BuildAxisPlan(q.dstLength, q.factor, q.origin, q.centre, q.lo, q.hi, q.interpolation,
+                    &wantSecond);
+      ExpectSamePlan(first, wantFirst);
+      ExpectSamePlan(second, wantSecond);
+      ASSERT_FALSE(testing::Test::HasFailure()) << "keys " << a << " then " << b;
     }
 }
 
