@@ -22,36 +22,118 @@ inline int32_t Pair(int16_t a, int16_t b) {
                               static_cast<uint16_t>(a));
 }
 
+inline __m512i Samples(const uint8_t* row) {
+  return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(row)));
+}
 inline __m512i Samples(const uint8_t* row, __mmask32 m) {
   return _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(m, row));
+}
+inline __mmask32 First32(int n) {
+  return n >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << n) - 1);
 }
 
 // Vertical pass with the tap count known: the row pointers and the weight
 // pairs stay in registers across the line. 32 samples a step; the last step
-// loads and stores only what is left.
+// loads and stores only what is left (kTail).
 template <int T>
-void VerticalTaps(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
-  constexpr int kPairs = (T + 1) / 2;
+struct VerticalTaps {
+  static constexpr int kPairs = (T + 1) / 2;
   const uint8_t* r[T];
   __m512i w[kPairs];
-  for (int t = 0; t < T; ++t) r[t] = rows[t];
-  for (int p = 0; p < kPairs; ++p)
-    w[p] = _mm512_set1_epi32(Pair(coef[2 * p], 2 * p + 1 < T ? coef[2 * p + 1] : 0));
-  const __m512i rnd = _mm512_set1_epi32(128);
-  for (int i = 0; i < count; i += 32) {
-    const __mmask32 m =
-        count - i >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << (count - i)) - 1);
-    __m512i lo = rnd, hi = rnd;
+  VerticalTaps(const uint8_t* const* rows, const int16_t* coef) {
+    for (int t = 0; t < T; ++t) r[t] = rows[t];
+    for (int p = 0; p < kPairs; ++p)
+      w[p] = _mm512_set1_epi32(Pair(coef[2 * p], 2 * p + 1 < T ? coef[2 * p + 1] : 0));
+  }
+  template <bool kTail>
+  void Step(int16_t* out, int i, __mmask32 m) const {
+    __m512i lo = _mm512_set1_epi32(128), hi = lo;
     for (int p = 0; p < kPairs; ++p) {
-      const __m512i a = Samples(r[2 * p] + i, m);
-      const __m512i b = 2 * p + 1 < T ? Samples(r[2 * p + 1] + i, m) : _mm512_setzero_si512();
+      const uint8_t* ra = r[2 * p] + i;
+      const __m512i a = kTail ? Samples(ra, m) : Samples(ra);
+      __m512i b = _mm512_setzero_si512();
+      if (2 * p + 1 < T) b = kTail ? Samples(r[2 * p + 1] + i, m) : Samples(r[2 * p + 1] + i);
       lo = _mm512_add_epi32(lo, _mm512_madd_epi16(_mm512_unpacklo_epi16(a, b), w[p]));
       hi = _mm512_add_epi32(hi, _mm512_madd_epi16(_mm512_unpackhi_epi16(a, b), w[p]));
     }
     // The in-quarter unpack and pack undo each other: lanes come back in order.
-    _mm512_mask_storeu_epi16(
-        out + i, m, _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8)));
+    const __m512i v = _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8));
+    if (kTail)
+      _mm512_mask_storeu_epi16(out + i, m, v);
+    else
+      _mm512_storeu_si512(out + i, v);
   }
+  // Samples `from` to `count` of the line.
+  void Run(int16_t* out, int count, int from = 0) const {
+    int i = from;
+    for (; i + 32 <= count; i += 32) Step<false>(out, i, 0);
+    if (i < count) Step<true>(out, i, First32(count - i));
+  }
+};
+
+// Up to eight taps, 64 samples a step without widening across quarters: the
+// bytes of a row pair are interleaved (p, q) within quarters, then widened to
+// word pairs by interleaving with zero, each quarter holding samples 16k ..
+// 16k + 15 of the step in four dword groups. After the multiply-adds, one pack
+// restores the order inside each quarter and a qword permute across the two
+// packed registers restores it across quarters. MulAdd is acc + madd(x, w),
+// fused where the processor has the dot-product instruction.
+struct MaddAdd {
+  static __m512i MulAdd(__m512i acc, __m512i x, __m512i w) {
+    return _mm512_add_epi32(acc, _mm512_madd_epi16(x, w));
+  }
+};
+struct DotAdd {
+  __attribute__((target("avx512vnni"))) static __m512i MulAdd(__m512i acc, __m512i x, __m512i w) {
+    return _mm512_dpwssd_epi32(acc, x, w);
+  }
+};
+
+template <int T, class Op>
+__attribute__((always_inline)) inline void VerticalPairsBody(const uint8_t* const* rows,
+                                                             const int16_t* coef, int16_t* out,
+                                                             int count) {
+  // An odd last tap pairs its row with itself at weight zero.
+  constexpr int kPairs = (T + 1) / 2;
+  const uint8_t* r[2 * kPairs];
+  __m512i w[kPairs];
+  for (int t = 0; t < 2 * kPairs; ++t) r[t] = rows[t < T ? t : T - 1];
+  for (int p = 0; p < kPairs; ++p)
+    w[p] = _mm512_set1_epi32(Pair(coef[2 * p], 2 * p + 1 < T ? coef[2 * p + 1] : 0));
+  const __m512i z = _mm512_setzero_si512(), rnd = _mm512_set1_epi32(128);
+  const __m512i lowHalves = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
+  const __m512i highHalves = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+  int i = 0;
+  for (; i + 64 <= count; i += 64) {
+    __m512i acc[4] = {rnd, rnd, rnd, rnd};
+    for (int p = 0; p < kPairs; ++p) {
+      const __m512i a = _mm512_loadu_si512(r[2 * p] + i), b = _mm512_loadu_si512(r[2 * p + 1] + i);
+      const __m512i x0 = _mm512_unpacklo_epi8(a, b), x1 = _mm512_unpackhi_epi8(a, b);
+      acc[0] = Op::MulAdd(acc[0], _mm512_unpacklo_epi8(x0, z), w[p]);
+      acc[1] = Op::MulAdd(acc[1], _mm512_unpackhi_epi8(x0, z), w[p]);
+      acc[2] = Op::MulAdd(acc[2], _mm512_unpacklo_epi8(x1, z), w[p]);
+      acc[3] = Op::MulAdd(acc[3], _mm512_unpackhi_epi8(x1, z), w[p]);
+    }
+    const __m512i lo =
+        _mm512_packs_epi32(_mm512_srai_epi32(acc[0], 8), _mm512_srai_epi32(acc[1], 8));
+    const __m512i hi =
+        _mm512_packs_epi32(_mm512_srai_epi32(acc[2], 8), _mm512_srai_epi32(acc[3], 8));
+    _mm512_storeu_si512(out + i, _mm512_permutex2var_epi64(lo, lowHalves, hi));
+    _mm512_storeu_si512(out + i + 32, _mm512_permutex2var_epi64(lo, highHalves, hi));
+  }
+  if (i < count) VerticalTaps<T>(rows, coef).Run(out, count, i);
+}
+
+template <int T>
+void VerticalPairs(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
+  VerticalPairsBody<T, MaddAdd>(rows, coef, out, count);
+}
+
+template <int T>
+__attribute__((target("avx512vnni"))) void VerticalPairsDot(const uint8_t* const* rows,
+                                                            const int16_t* coef, int16_t* out,
+                                                            int count) {
+  VerticalPairsBody<T, DotAdd>(rows, coef, out, count);
 }
 
 // Two taps whose weights sum to one (every plan's): with d = q - p,
@@ -60,36 +142,54 @@ void VerticalTaps(const uint8_t* const* rows, const int16_t* coef, int16_t* out,
 // (d w1 + 128) >> 8 is exactly the rounding high multiply of (d << 7) by w1.
 // Everything fits 16 bits (|d << 7| <= 32640) and the 16-bit sum wraps as the
 // plain form's store does, so the bytes are the plain bytes.
+inline __m512i TwoTaps(__m512i p, __m512i q, __m512i w1) {
+  const __m512i d = _mm512_slli_epi16(_mm512_sub_epi16(q, p), 7);
+  return _mm512_add_epi16(_mm512_slli_epi16(p, 6), _mm512_mulhrs_epi16(d, w1));
+}
+
 void VerticalTwoTaps(const uint8_t* const* rows, int16_t w1, int16_t* out, int count) {
   const uint8_t* r0 = rows[0];
   const uint8_t* r1 = rows[1];
   const __m512i w = _mm512_set1_epi16(w1);
-  for (int i = 0; i < count; i += 32) {
-    const __mmask32 m =
-        count - i >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << (count - i)) - 1);
-    const __m512i p = Samples(r0 + i, m), q = Samples(r1 + i, m);
-    const __m512i d = _mm512_slli_epi16(_mm512_sub_epi16(q, p), 7);
-    _mm512_mask_storeu_epi16(out + i, m,
-                             _mm512_add_epi16(_mm512_slli_epi16(p, 6), _mm512_mulhrs_epi16(d, w)));
+  int i = 0;
+  for (; i + 32 <= count; i += 32)
+    _mm512_storeu_si512(out + i, TwoTaps(Samples(r0 + i), Samples(r1 + i), w));
+  if (i < count) {
+    const __mmask32 m = First32(count - i);
+    _mm512_mask_storeu_epi16(out + i, m, TwoTaps(Samples(r0 + i, m), Samples(r1 + i, m), w));
   }
 }
 
+template <bool kDot, int T>
+inline void Pairs(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
+  if (kDot)
+    VerticalPairsDot<T>(rows, coef, out, count);
+  else
+    VerticalPairs<T>(rows, coef, out, count);
+}
+
+// kDot: the processor has the 16-bit dot-product instruction.
+template <bool kDot>
 void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
                     int count) {
   switch (taps) {
     case 1:
-      return VerticalTaps<1>(rows, coef, out, count);
+      return VerticalTaps<1>(rows, coef).Run(out, count);
     case 2:
       if (coef[0] + coef[1] == 1 << 14) return VerticalTwoTaps(rows, coef[1], out, count);
-      return VerticalTaps<2>(rows, coef, out, count);
+      return Pairs<kDot, 2>(rows, coef, out, count);
     case 3:
-      return VerticalTaps<3>(rows, coef, out, count);
+      return Pairs<kDot, 3>(rows, coef, out, count);
     case 4:
-      return VerticalTaps<4>(rows, coef, out, count);
+      return Pairs<kDot, 4>(rows, coef, out, count);
     case 5:
-      return VerticalTaps<5>(rows, coef, out, count);
+      return Pairs<kDot, 5>(rows, coef, out, count);
     case 6:
-      return VerticalTaps<6>(rows, coef, out, count);
+      return Pairs<kDot, 6>(rows, coef, out, count);
+    case 7:
+      return Pairs<kDot, 7>(rows, coef, out, count);
+    case 8:
+      return Pairs<kDot, 8>(rows, coef, out, count);
     default:
       break;
   }
@@ -306,8 +406,12 @@ void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width)
 
 }  // namespace
 
+VerticalPass Avx512VerticalPass(bool dot) {
+  return dot ? FilterVertical<true> : FilterVertical<false>;
+}
+
 void InstallAvx512ResizeKernels(Kernels* k) {
-  k->filterVertical = FilterVertical;
+  k->filterVertical = Avx512VerticalPass(__builtin_cpu_supports("avx512vnni") != 0);
   k->filterHorizontalC4 = FilterHorizontalC4;
   k->gatherC1 = GatherC1;
   k->gatherC4 = GatherC4;

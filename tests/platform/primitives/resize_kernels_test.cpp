@@ -12,6 +12,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/cpu_info.h"
@@ -144,11 +145,23 @@ TEST(ResizeKernels, VerticalPassGivesThePlainSamples) {
       const int taps = static_cast<int>(w.size());
       std::vector<int16_t> want(static_cast<size_t>(count) + 40, 0x5A5A);
       PlainKernels().filterVertical(rows.data(), w.data(), taps, want.data(), count);
-      for (SimdLevel level : LevelsToCompare()) {
+      std::vector<std::pair<std::string, decltype(Kernels::filterVertical)>> forms;
+      for (SimdLevel level : LevelsToCompare())
+        forms.emplace_back("level " + std::to_string(static_cast<int>(level)),
+                           KernelsFor(level).filterVertical);
+#if ORV_X86_SIMD
+      // The AVX-512 level installs one of two bodies; check the other too.
+      if (orv::DetectSimdLevel() >= SimdLevel::kAvx512) {
+        forms.emplace_back("AVX-512 without dot product", Avx512VerticalPass(false));
+        if (__builtin_cpu_supports("avx512vnni"))
+          forms.emplace_back("AVX-512 with dot product", Avx512VerticalPass(true));
+      }
+#endif
+      for (const auto& form : forms) {
         std::vector<int16_t> got(want.size(), 0x5A5A);
-        KernelsFor(level).filterVertical(rows.data(), w.data(), taps, got.data(), count);
-        ASSERT_EQ(got, want) << "level " << static_cast<int>(level) << " taps " << taps << " count "
-                             << count << " w0 " << w[0];
+        form.second(rows.data(), w.data(), taps, got.data(), count);
+        ASSERT_EQ(got, want) << form.first << " taps " << taps << " count " << count << " w0 "
+                             << w[0];
       }
     }
 }
