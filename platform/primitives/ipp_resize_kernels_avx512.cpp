@@ -284,19 +284,87 @@ inline __m512i Sums4(const int16_t* src, const int32_t* start, const int16_t* co
   return _mm512_srai_epi32(acc, 20);
 }
 
+// Four pixels' channel sums into 16 bytes in order: words [x, x+4 | x+1, x+5
+// | x+2, x+6 | x+3, x+7], bytes likewise twice, then one dword permute.
+inline void Store8(uint8_t* dst, __m512i s0123, __m512i s4567) {
+  const __m512i w = _mm512_packs_epi32(s0123, s4567);
+  const __m512i b = _mm512_packus_epi16(w, w);
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 0, 0, 0, 0, 0, 0, 0, 0);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst),
+                      _mm512_castsi512_si256(_mm512_permutexvar_epi32(order, b)));
+}
+
+// The same with the tap count known (at most four): the four pixels' weight
+// groups (4T words) come in one whole load, which ends inside the plan's
+// zeroed room even for the last four pixels, and the loops unroll.
+template <int T>
+struct QuarterSums {
+  __m512i index[(T + 1) / 2];
+  QuarterSums() {
+    for (int p = 0; p < (T + 1) / 2; ++p) {
+      alignas(64) int16_t idx[32];
+      for (int q = 0; q < 4; ++q)
+        for (int k = 0; k < 4; ++k) {
+          idx[q * 8 + 2 * k] = static_cast<int16_t>(q * T + 2 * p);
+          // An odd last tap pairs with a zero weight (word 31 is zeroed below).
+          idx[q * 8 + 2 * k + 1] = static_cast<int16_t>(2 * p + 1 < T ? q * T + 2 * p + 1 : 31);
+        }
+      index[p] = _mm512_load_si512(idx);
+    }
+  }
+  __m512i At(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+    const __m512i pairing =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
+    const int16_t* s[4];
+    for (int q = 0; q < 4; ++q) s[q] = src + static_cast<ptrdiff_t>(start[x + q]) * 4;
+    // Words 0 .. 15 of the groups; 16 .. 31 zero.
+    const __m512i c = _mm512_zextsi256_si512(
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(coef + static_cast<ptrdiff_t>(x) * T)));
+    __m512i acc = _mm512_set1_epi32(1 << 19);
+    for (int p = 0; p < (T + 1) / 2; ++p) {
+      const int t = 2 * p;
+      __m512i v =
+          _mm512_castsi128_si512(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s[0] + 4 * t)));
+      v = _mm512_inserti32x4(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[1] + 4 * t)), 1);
+      v = _mm512_inserti32x4(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[2] + 4 * t)), 2);
+      v = _mm512_inserti32x4(v, _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[3] + 4 * t)), 3);
+      acc = _mm512_add_epi32(acc, _mm512_madd_epi16(_mm512_shuffle_epi8(v, pairing),
+                                                    _mm512_permutexvar_epi16(index[p], c)));
+    }
+    return _mm512_srai_epi32(acc, 20);
+  }
+};
+
+template <int T>
+void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
+                      int width) {
+  const QuarterSums<T> sums;
+  int x = 0;
+  for (; x + 8 <= width; x += 8)
+    Store8(dst + 4 * x, sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
+  if (x < width)
+    KernelsFor(SimdLevel::kAvx2)
+        .filterHorizontalC4(src, start + x, coef + static_cast<ptrdiff_t>(x) * T, T, dst + 4 * x,
+                            width - x);
+}
+
 void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
                         uint8_t* dst, int width) {
+  switch (taps) {
+    case 2:
+      return HorizontalC4Taps<2>(src, start, coef, dst, width);
+    case 3:
+      return HorizontalC4Taps<3>(src, start, coef, dst, width);
+    case 4:
+      return HorizontalC4Taps<4>(src, start, coef, dst, width);
+    default:
+      break;
+  }
   const QuarterWeights weights(taps);
   int x = 0;
-  for (; x + 8 <= width; x += 8) {
-    // Words [x, x+4 | x+1, x+5 | x+2, x+6 | x+3, x+7]; bytes likewise, twice.
-    const __m512i w = _mm512_packs_epi32(Sums4(src, start, coef, weights, x),
-                                         Sums4(src, start, coef, weights, x + 4));
-    const __m512i b = _mm512_packus_epi16(w, w);
-    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 0, 0, 0, 0, 0, 0, 0, 0);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 4 * x),
-                        _mm512_castsi512_si256(_mm512_permutexvar_epi32(order, b)));
-  }
+  for (; x + 8 <= width; x += 8)
+    Store8(dst + 4 * x, Sums4(src, start, coef, weights, x),
+           Sums4(src, start, coef, weights, x + 4));
   if (x < width)
     KernelsFor(SimdLevel::kAvx2)
         .filterHorizontalC4(src, start + x, coef + static_cast<ptrdiff_t>(x) * taps, taps,

@@ -7,6 +7,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -164,6 +165,45 @@ TEST(ResizeKernels, VerticalPassGivesThePlainSamples) {
                              << w[0];
       }
     }
+}
+
+TEST(ResizeKernels, HorizontalPassesGiveThePlainBytes) {
+  std::mt19937 rng(79);
+  const int kPixels = 300;
+  for (int C : {1, 3, 4}) {
+    // A Q6 line (values up to 255 x 64, and some negative as cubic makes),
+    // with the 16 spare samples the resizer keeps after it.
+    std::vector<int16_t> line(static_cast<size_t>(kPixels) * C + 16);
+    for (auto& v : line) v = static_cast<int16_t>(static_cast<int>(rng() % 18000) - 1000);
+    for (int taps = 1; taps <= 9; ++taps)
+      for (bool plan : {true, false})
+        for (int width : {1, 3, 4, 7, 8, 9, 16, 17, 31, 100, 250}) {
+          // Ascending starts that end on the last pixel the taps allow, and
+          // weights with the plan's 16 zeroed words after the last group.
+          std::vector<int32_t> start(static_cast<size_t>(width));
+          for (int x = 0; x < width; ++x)
+            start[static_cast<size_t>(x)] = (kPixels - taps) * x / std::max(1, width - 1);
+          std::vector<int16_t> coef;
+          for (int x = 0; x < width; ++x) {
+            const std::vector<int16_t> w = Weights(taps, plan, rng);
+            coef.insert(coef.end(), w.begin(), w.end());
+          }
+          coef.resize(coef.size() + 16, 0);
+          auto pass = [C](const Kernels& k) {
+            return C == 1 ? k.filterHorizontalC1
+                          : (C == 3 ? k.filterHorizontalC3 : k.filterHorizontalC4);
+          };
+          std::vector<uint8_t> want(static_cast<size_t>(width) * C + 32, 0x5A);
+          pass(PlainKernels())(line.data(), start.data(), coef.data(), taps, want.data(), width);
+          for (SimdLevel level : LevelsToCompare()) {
+            std::vector<uint8_t> got(want.size(), 0x5A);
+            pass(KernelsFor(level))(line.data(), start.data(), coef.data(), taps, got.data(),
+                                    width);
+            ASSERT_EQ(got, want) << "C" << C << " level " << static_cast<int>(level) << " taps "
+                                 << taps << " width " << width << (plan ? " plan" : " signed");
+          }
+        }
+  }
 }
 
 void ExpectSamePlan(const AxisPlan& a, const AxisPlan& b) {
