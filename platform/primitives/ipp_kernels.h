@@ -111,12 +111,10 @@ void InstallAvx2ResizeKernels(Kernels* k);
 // The vertical and 4-channel horizontal resize passes and the 1- and 4-byte gathers
 // (ipp_resize_kernels_avx512.cpp).
 void InstallAvx512ResizeKernels(Kernels* k);
-// That level's vertical resize pass with or without the 16-bit dot-product
-// instruction (the level installs the one the processor can run), so that
-// tests reach both. `dot` needs a processor that has the instruction.
-using VerticalPass = void (*)(const uint8_t* const* rows, const int16_t* coef, int taps,
-                              int16_t* out, int count);
-VerticalPass Avx512VerticalPass(bool dot);
+// The AVX-512 table with its resize passes taken with or without the 16-bit
+// dot-product instruction (the level installs the ones the processor can
+// run), so that tests reach both. `dot` needs a processor that has it.
+Kernels Avx512ResizeForms(bool dot);
 // The 4-channel alpha composition (ipp_alpha_kernels_avx512.cpp).
 void InstallAvx512AlphaKernels(Kernels* k);
 // The colour conversions of 3-byte pixels (ipp_color_kernels_avx512.cpp).

@@ -474,15 +474,25 @@ void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width)
 
 }  // namespace
 
-VerticalPass Avx512VerticalPass(bool dot) {
-  return dot ? FilterVertical<true> : FilterVertical<false>;
-}
+namespace {
 
-void InstallAvx512ResizeKernels(Kernels* k) {
-  k->filterVertical = Avx512VerticalPass(__builtin_cpu_supports("avx512vnni") != 0);
+void InstallResize(Kernels* k, bool dot) {
+  k->filterVertical = dot ? FilterVertical<true> : FilterVertical<false>;
   k->filterHorizontalC4 = FilterHorizontalC4;
   k->gatherC1 = GatherC1;
   k->gatherC4 = GatherC4;
+}
+
+}  // namespace
+
+Kernels Avx512ResizeForms(bool dot) {
+  Kernels k = KernelsFor(SimdLevel::kAvx512);
+  InstallResize(&k, dot);
+  return k;
+}
+
+void InstallAvx512ResizeKernels(Kernels* k) {
+  InstallResize(k, __builtin_cpu_supports("avx512vnni") != 0);
 }
 
 }  // namespace ipp

@@ -79,12 +79,22 @@ std::vector<std::vector<int32_t>> IndexPatterns(int width, int pixels, std::mt19
   return all;
 }
 
-std::vector<SimdLevel> LevelsToCompare() {
-  std::vector<SimdLevel> levels;
+// Every level's table this processor can run; and, where it runs the AVX-512
+// level, that level with and without the dot-product bodies (it installs one).
+std::vector<std::pair<std::string, Kernels>> FormsToCompare() {
+  std::vector<std::pair<std::string, Kernels>> forms;
   for (SimdLevel l : {SimdLevel::kSse2, SimdLevel::kSsse3, SimdLevel::kSse41, SimdLevel::kAvx2,
                       SimdLevel::kAvx512})
-    if (l <= orv::DetectSimdLevel()) levels.push_back(l);
-  return levels;
+    if (l <= orv::DetectSimdLevel())
+      forms.emplace_back("level " + std::to_string(static_cast<int>(l)), KernelsFor(l));
+#if ORV_X86_SIMD
+  if (orv::DetectSimdLevel() >= SimdLevel::kAvx512) {
+    forms.emplace_back("AVX-512 without dot product", Avx512ResizeForms(false));
+    if (__builtin_cpu_supports("avx512vnni"))
+      forms.emplace_back("AVX-512 with dot product", Avx512ResizeForms(true));
+  }
+#endif
+  return forms;
 }
 
 TEST(ResizeKernels, GathersGiveThePlainBytesAndReadOnlyTheirPixels) {
@@ -102,11 +112,11 @@ TEST(ResizeKernels, GathersGiveThePlainBytesAndReadOnlyTheirPixels) {
             return C == 1 ? k.gatherC1 : (C == 3 ? k.gatherC3 : k.gatherC4);
           };
           gather(PlainKernels())(src.data(), index.data(), want.data(), width);
-          for (SimdLevel level : LevelsToCompare()) {
+          for (const auto& form : FormsToCompare()) {
             std::vector<uint8_t> got(want.size(), 0x5A);
-            gather(KernelsFor(level))(src.data(), index.data(), got.data(), width);
-            ASSERT_EQ(got, want) << "C" << C << " level " << static_cast<int>(level) << " width "
-                                 << width << " first index " << index[0];
+            gather(form.second)(src.data(), index.data(), got.data(), width);
+            ASSERT_EQ(got, want) << "C" << C << " " << form.first << " width " << width
+                                 << " first index " << index[0];
           }
         }
       }
@@ -146,21 +156,9 @@ TEST(ResizeKernels, VerticalPassGivesThePlainSamples) {
       const int taps = static_cast<int>(w.size());
       std::vector<int16_t> want(static_cast<size_t>(count) + 40, 0x5A5A);
       PlainKernels().filterVertical(rows.data(), w.data(), taps, want.data(), count);
-      std::vector<std::pair<std::string, decltype(Kernels::filterVertical)>> forms;
-      for (SimdLevel level : LevelsToCompare())
-        forms.emplace_back("level " + std::to_string(static_cast<int>(level)),
-                           KernelsFor(level).filterVertical);
-#if ORV_X86_SIMD
-      // The AVX-512 level installs one of two bodies; check the other too.
-      if (orv::DetectSimdLevel() >= SimdLevel::kAvx512) {
-        forms.emplace_back("AVX-512 without dot product", Avx512VerticalPass(false));
-        if (__builtin_cpu_supports("avx512vnni"))
-          forms.emplace_back("AVX-512 with dot product", Avx512VerticalPass(true));
-      }
-#endif
-      for (const auto& form : forms) {
+      for (const auto& form : FormsToCompare()) {
         std::vector<int16_t> got(want.size(), 0x5A5A);
-        form.second(rows.data(), w.data(), taps, got.data(), count);
+        form.second.filterVertical(rows.data(), w.data(), taps, got.data(), count);
         ASSERT_EQ(got, want) << form.first << " taps " << taps << " count " << count << " w0 "
                              << w[0];
       }
@@ -195,12 +193,11 @@ TEST(ResizeKernels, HorizontalPassesGiveThePlainBytes) {
           };
           std::vector<uint8_t> want(static_cast<size_t>(width) * C + 32, 0x5A);
           pass(PlainKernels())(line.data(), start.data(), coef.data(), taps, want.data(), width);
-          for (SimdLevel level : LevelsToCompare()) {
+          for (const auto& form : FormsToCompare()) {
             std::vector<uint8_t> got(want.size(), 0x5A);
-            pass(KernelsFor(level))(line.data(), start.data(), coef.data(), taps, got.data(),
-                                    width);
-            ASSERT_EQ(got, want) << "C" << C << " level " << static_cast<int>(level) << " taps "
-                                 << taps << " width " << width << (plan ? " plan" : " signed");
+            pass(form.second)(line.data(), start.data(), coef.data(), taps, got.data(), width);
+            ASSERT_EQ(got, want) << "C" << C << " " << form.first << " taps " << taps << " width "
+                                 << width << (plan ? " plan" : " signed");
           }
         }
   }
