@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "platform/primitives/ipp_kernels.h"
@@ -160,6 +161,54 @@ void VerticalTwoTaps(const uint8_t* const* rows, int16_t w1, int16_t* out, int c
   }
 }
 
+// Three taps whose weights sum to one, the middle one taken out: with
+// d0 = p0 - p1 and d2 = p2 - p1,
+//   (p0 w0 + p1 w1 + p2 w2 + 128) >> 8 = 64 p1 + ((d0 w0 + d2 w2 + 128) >> 8)
+// (16384 p1 is a multiple of 256), one word pair per sample instead of two.
+// With |w0| + |w2| below 32768 the second term fits 16 bits, and the 16-bit
+// sum wraps as the plain form's store does.
+template <class Op>
+__attribute__((always_inline)) inline __m512i ThreeTaps(const uint8_t* r0, const uint8_t* r1,
+                                                        const uint8_t* r2, __m512i w, __mmask32 m,
+                                                        bool tail) {
+  const __m512i p0 = tail ? Samples(r0, m) : Samples(r0), p1 = tail ? Samples(r1, m) : Samples(r1),
+                p2 = tail ? Samples(r2, m) : Samples(r2);
+  const __m512i d0 = _mm512_sub_epi16(p0, p1), d2 = _mm512_sub_epi16(p2, p1);
+  const __m512i rnd = _mm512_set1_epi32(128);
+  const __m512i lo = Op::MulAdd(rnd, _mm512_unpacklo_epi16(d0, d2), w);
+  const __m512i hi = Op::MulAdd(rnd, _mm512_unpackhi_epi16(d0, d2), w);
+  // The in-quarter unpack and pack undo each other: lanes come back in order.
+  return _mm512_add_epi16(_mm512_slli_epi16(p1, 6),
+                          _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8)));
+}
+
+template <class Op>
+__attribute__((always_inline)) inline void VerticalThreeTapsBody(const uint8_t* const* rows,
+                                                                 const int16_t* coef, int16_t* out,
+                                                                 int count) {
+  const uint8_t* r0 = rows[0];
+  const uint8_t* r1 = rows[1];
+  const uint8_t* r2 = rows[2];
+  const __m512i w = _mm512_set1_epi32(Pair(coef[0], coef[2]));
+  int i = 0;
+  for (; i + 32 <= count; i += 32)
+    _mm512_storeu_si512(out + i, ThreeTaps<Op>(r0 + i, r1 + i, r2 + i, w, 0, false));
+  if (i < count) {
+    const __mmask32 m = First32(count - i);
+    _mm512_mask_storeu_epi16(out + i, m, ThreeTaps<Op>(r0 + i, r1 + i, r2 + i, w, m, true));
+  }
+}
+
+void VerticalThreeTaps(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
+  VerticalThreeTapsBody<MaddAdd>(rows, coef, out, count);
+}
+
+__attribute__((target("avx512vnni"))) void VerticalThreeTapsDot(const uint8_t* const* rows,
+                                                                const int16_t* coef, int16_t* out,
+                                                                int count) {
+  VerticalThreeTapsBody<DotAdd>(rows, coef, out, count);
+}
+
 template <bool kDot, int T>
 inline void Pairs(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
   if (kDot)
@@ -172,6 +221,14 @@ inline void Pairs(const uint8_t* const* rows, const int16_t* coef, int16_t* out,
 template <bool kDot>
 void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
                     int count) {
+  // Taps of zero weight at either end add nothing (a plan pads the pixels
+  // whose footprint is shorter than its widest).
+  while (taps > 1 && coef[taps - 1] == 0) --taps;
+  while (taps > 1 && coef[0] == 0) {
+    ++rows;
+    ++coef;
+    --taps;
+  }
   switch (taps) {
     case 1:
       return VerticalTaps<1>(rows, coef).Run(out, count);
@@ -179,6 +236,10 @@ void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, i
       if (coef[0] + coef[1] == 1 << 14) return VerticalTwoTaps(rows, coef[1], out, count);
       return Pairs<kDot, 2>(rows, coef, out, count);
     case 3:
+      if (coef[0] + coef[1] + coef[2] == 1 << 14 && std::abs(coef[0]) + std::abs(coef[2]) < 32768) {
+        if (kDot) return VerticalThreeTapsDot(rows, coef, out, count);
+        return VerticalThreeTaps(rows, coef, out, count);
+      }
       return Pairs<kDot, 3>(rows, coef, out, count);
     case 4:
       return Pairs<kDot, 4>(rows, coef, out, count);

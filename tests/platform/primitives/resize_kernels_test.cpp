@@ -151,6 +151,13 @@ TEST(ResizeKernels, VerticalPassGivesThePlainSamples) {
   weights.push_back({16384, 0});
   weights.push_back({0, 16384});
   weights.push_back({17000, -616});
+  // Zero weights at the ends, as a plan pads short footprints; three taps
+  // summing to one, one with the outer weights as large as 16 bits allow.
+  weights.push_back({3000, 7000, 6384, 0});
+  weights.push_back({0, 5000, 11384, 0});
+  weights.push_back({0, 0, 16384, 0});
+  weights.push_back({0, 9000, 7384});
+  weights.push_back({20000, -16383, 12767});
   for (const auto& w : weights)
     for (int count : {1, 31, 32, 33, 64, 100, kCount}) {
       const int taps = static_cast<int>(w.size());
