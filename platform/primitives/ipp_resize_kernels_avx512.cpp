@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 #include "platform/primitives/ipp_kernels.h"
 
@@ -396,10 +397,56 @@ struct QuarterSums {
   }
 };
 
+// Three or four taps: one 256-bit load holds a pixel's four taps, so a
+// register carries two pixels, [x taps 0, 1 | x taps 2, 3 | x+1 taps 0, 1 |
+// x+1 taps 2, 3] after the in-quarter pairing; two such multiply-adds and two
+// quarter shuffles sum the halves into four pixels, one per quarter. Fewer
+// shuffles than four 128-bit inserts per tap pair. A three-tap pixel's fourth
+// pixel is read (it lies inside the line's 16 spare samples) at weight zero.
+template <int T>
+struct HalfSums {
+  __m512i index[2];  // weights of pixels x, x+1 (index[0]) and x+2, x+3 (index[1])
+  HalfSums() {
+    for (int h = 0; h < 2; ++h) {
+      alignas(64) int16_t idx[32];
+      for (int q = 0; q < 4; ++q) {
+        const int pixel = 2 * h + q / 2, pair = q % 2;
+        for (int k = 0; k < 4; ++k) {
+          idx[q * 8 + 2 * k] = static_cast<int16_t>(pixel * T + 2 * pair);
+          // Word 31 is zero (the weights fill words 0 .. 15 only).
+          idx[q * 8 + 2 * k + 1] =
+              static_cast<int16_t>(2 * pair + 1 < T ? pixel * T + 2 * pair + 1 : 31);
+        }
+      }
+      index[h] = _mm512_load_si512(idx);
+    }
+  }
+  static __m512i Two(const int16_t* src, const int32_t* start, int x, __m512i weights) {
+    const __m512i pairing =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
+    const __m256i a = _mm256_loadu_si256(
+        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x]) * 4));
+    const __m256i b = _mm256_loadu_si256(
+        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x + 1]) * 4));
+    const __m512i v = _mm512_inserti64x4(_mm512_castsi256_si512(a), b, 1);
+    return _mm512_madd_epi16(_mm512_shuffle_epi8(v, pairing), weights);
+  }
+  __m512i At(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+    const __m512i c = _mm512_zextsi256_si512(
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(coef + static_cast<ptrdiff_t>(x) * T)));
+    const __m512i r01 = Two(src, start, x, _mm512_permutexvar_epi16(index[0], c));
+    const __m512i r23 = Two(src, start, x + 2, _mm512_permutexvar_epi16(index[1], c));
+    const __m512i sums = _mm512_add_epi32(_mm512_shuffle_i32x4(r01, r23, _MM_SHUFFLE(2, 0, 2, 0)),
+                                          _mm512_shuffle_i32x4(r01, r23, _MM_SHUFFLE(3, 1, 3, 1)));
+    return _mm512_srai_epi32(_mm512_add_epi32(sums, _mm512_set1_epi32(1 << 19)), 20);
+  }
+};
+
 template <int T>
 void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
-  const QuarterSums<T> sums;
+  using Sums = typename std::conditional<(T >= 3), HalfSums<T>, QuarterSums<T>>::type;
+  const Sums sums;
   int x = 0;
   for (; x + 8 <= width; x += 8)
     Store8(dst + 4 * x, sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
