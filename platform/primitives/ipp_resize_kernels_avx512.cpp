@@ -428,7 +428,8 @@ struct HalfSums {
         reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x]) * 4));
     const __m256i b = _mm256_loadu_si256(
         reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x + 1]) * 4));
-    const __m512i v = _mm512_inserti64x4(_mm512_castsi256_si512(a), b, 1);
+    // A masked broadcast from memory blends rather than shuffles.
+    const __m512i v = _mm512_mask_broadcast_i64x4(_mm512_castsi256_si512(a), 0xF0, b);
     return _mm512_madd_epi16(_mm512_shuffle_epi8(v, pairing), weights);
   }
   __m512i At(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
@@ -448,6 +449,15 @@ void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* c
   using Sums = typename std::conditional<(T >= 3), HalfSums<T>, QuarterSums<T>>::type;
   const Sums sums;
   int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    // Sixteen pixels: both packs, then one dword permute for all 64 bytes.
+    const __m512i w0 =
+        _mm512_packs_epi32(sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
+    const __m512i w1 =
+        _mm512_packs_epi32(sums.At(src, start, coef, x + 8), sums.At(src, start, coef, x + 12));
+    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    _mm512_storeu_si512(dst + 4 * x, _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1)));
+  }
   for (; x + 8 <= width; x += 8)
     Store8(dst + 4 * x, sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
   if (x < width)
