@@ -610,6 +610,9 @@ Kernels Avx512ResizeForms(bool dot) {
 }
 
 void InstallAvx512ResizeKernels(Kernels* k) {
+  // The tables may be built during static initialisation, before the
+  // processor model would otherwise be read.
+  __builtin_cpu_init();
   InstallResize(k, __builtin_cpu_supports("avx512vnni") != 0);
 }
 
