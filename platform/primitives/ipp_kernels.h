@@ -105,10 +105,16 @@ const Kernels& ActiveKernels();
 void InstallSse2Kernels(Kernels* k);
 void InstallSsse3Kernels(Kernels* k);
 void InstallAvx2Kernels(Kernels* k);
-// The 3- and 4-channel horizontal resize passes (ipp_resize_kernels_avx2.cpp).
+// The 3- and 4-channel horizontal resize passes and the 1-byte gather
+// (ipp_resize_kernels_avx2.cpp).
 void InstallAvx2ResizeKernels(Kernels* k);
-// The vertical and 4-channel horizontal resize passes (ipp_resize_kernels_avx512.cpp).
+// The vertical and 4-channel horizontal resize passes and the 1- and 4-byte gathers
+// (ipp_resize_kernels_avx512.cpp).
 void InstallAvx512ResizeKernels(Kernels* k);
+// The AVX-512 table with its resize passes taken with or without the 16-bit
+// dot-product instruction (the level installs the ones the processor can
+// run), so that tests reach both. `dot` needs a processor that has it.
+Kernels Avx512ResizeForms(bool dot);
 // The 4-channel alpha composition (ipp_alpha_kernels_avx512.cpp).
 void InstallAvx512AlphaKernels(Kernels* k);
 // The colour conversions of 3-byte pixels (ipp_color_kernels_avx512.cpp).

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <new>
 #include <vector>
 
@@ -47,38 +48,51 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
   const int64_t y1 = std::min<int64_t>(static_cast<int64_t>(roi.y) + roi.height, srcSize.height);
   if (x0 >= x1 || y0 >= y1) return ippStsWrongIntersectROI;
 
-  AxisPlan px, py;
+  const AxisPlan* planX = nullptr;
+  const AxisPlan* planY = nullptr;
   std::vector<int16_t> line;
   std::vector<const Ipp8u*> rows;
+  std::vector<int32_t> lineStart;
   try {
-    BuildAxisPlan(dstSize.width, xFactor, roi.x + (centered ? xCenter : 0.0),
-                  centered ? dstSize.width / 2.0 : 0.0, static_cast<int>(x0), static_cast<int>(x1),
-                  interpolation, &px);
-    BuildAxisPlan(dstSize.height, yFactor, roi.y + (centered ? yCenter : 0.0),
-                  centered ? dstSize.height / 2.0 : 0.0, static_cast<int>(y0), static_cast<int>(y1),
-                  interpolation, &py);
-    if (px.count == 0 || py.count == 0) return ippStsWrongIntersectROI;
+    planX = &CachedAxisPlan(dstSize.width, xFactor, roi.x + (centered ? xCenter : 0.0),
+                            centered ? dstSize.width / 2.0 : 0.0, static_cast<int>(x0),
+                            static_cast<int>(x1), interpolation);
+    planY = &CachedAxisPlan(dstSize.height, yFactor, roi.y + (centered ? yCenter : 0.0),
+                            centered ? dstSize.height / 2.0 : 0.0, static_cast<int>(y0),
+                            static_cast<int>(y1), interpolation);
+    if (planX->count == 0 || planY->count == 0) return ippStsWrongIntersectROI;
     if (interpolation != IPPI_INTER_NN) {
       // Room past the last sample for processor forms that read whole vectors.
       line.resize(static_cast<size_t>(x1 - x0) * channels + 16);
-      rows.resize(static_cast<size_t>(py.taps));
+      rows.resize(static_cast<size_t>(planY->taps));
+      // Horizontal starts relative to the clipped region's first column.
+      lineStart.resize(planX->start.size());
+      for (size_t i = 0; i < lineStart.size(); ++i)
+        lineStart[i] = planX->start[i] - static_cast<int32_t>(x0);
     }
   } catch (const std::bad_alloc&) {
     return ippStsMemAllocErr;
   }
+  const AxisPlan& px = *planX;
+  const AxisPlan& py = *planY;
 
   const ptrdiff_t dstOffset = static_cast<ptrdiff_t>(px.first) * channels;
   if (interpolation == IPPI_INTER_NN) {
     auto gather = channels == 1 ? k.gatherC1 : (channels == 3 ? k.gatherC3 : k.gatherC4);
+    const size_t rowBytes = static_cast<size_t>(px.count) * channels;
+    const Ipp8u* previous = nullptr;
     for (int j = 0; j < py.count; ++j) {
-      const Ipp8u* s = Line(src, srcStep, py.start[static_cast<size_t>(j)]);
-      gather(s, px.start.data(), Line(dst, dstStep, py.first + j) + dstOffset, px.count);
+      Ipp8u* d = Line(dst, dstStep, py.first + j) + dstOffset;
+      // A destination row with the same source row as the one above is a copy of it.
+      if (j > 0 && py.start[static_cast<size_t>(j)] == py.start[static_cast<size_t>(j) - 1])
+        std::memcpy(d, previous, rowBytes);
+      else
+        gather(Line(src, srcStep, py.start[static_cast<size_t>(j)]), px.start.data(), d, px.count);
+      previous = d;
     }
     return ippStsNoErr;
   }
 
-  // Horizontal starts become relative to the clipped region's first column.
-  for (int32_t& s : px.start) s -= static_cast<int32_t>(x0);
   auto horizontal = channels == 1 ? k.filterHorizontalC1
                                   : (channels == 3 ? k.filterHorizontalC3 : k.filterHorizontalC4);
   const ptrdiff_t srcOffset = static_cast<ptrdiff_t>(x0) * channels;
@@ -89,7 +103,7 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
       rows[static_cast<size_t>(t)] = Line(src, srcStep, s0 + t) + srcOffset;
     k.filterVertical(rows.data(), &py.coef[static_cast<size_t>(j) * py.taps], py.taps, line.data(),
                      bytes);
-    horizontal(line.data(), px.start.data(), px.coef.data(), px.taps,
+    horizontal(line.data(), lineStart.data(), px.coef.data(), px.taps,
                Line(dst, dstStep, py.first + j) + dstOffset, px.count);
   }
   return ippStsNoErr;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <utility>
 
 #include "platform/primitives/ipp_types.h"
 
@@ -42,6 +44,21 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
   }
   if (first < 0) return;
   const int count = last - first + 1;
+  if (interpolation == IPPI_INTER_NN) {
+    // One tap of full weight: the pixel that contains u, which lies in the region.
+    plan->first = first;
+    plan->count = count;
+    plan->taps = 1;
+    plan->start.resize(static_cast<size_t>(count));
+    plan->coef.assign(static_cast<size_t>(count) + 16, 0);
+    for (int i = 0; i < count; ++i) {
+      const double u = origin + (first + i + 0.5 - dstCentre) / factor;
+      const int s = static_cast<int>(std::floor(u));
+      plan->start[static_cast<size_t>(i)] = std::min(std::max(s, regionLo), regionHi - 1);
+      plan->coef[static_cast<size_t>(i)] = kWeightOne;
+    }
+    return;
+  }
   // Weights per destination pixel over the contiguous clamped index range
   // [loIdx[i], loIdx[i] + n[i]), in double, kept in one flat array.
   std::vector<int> loIdx(static_cast<size_t>(count)), n(static_cast<size_t>(count));
@@ -50,17 +67,14 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
   std::vector<size_t> at(static_cast<size_t>(count));
   int taps = 1;
   double raw[4];
+  // Scratch reused from pixel to pixel, so the loop allocates nothing once warm.
+  std::vector<double> wide, folded;
   for (int i = 0; i < count; ++i) {
     const int d = first + i;
     const double u = origin + (d + 0.5 - dstCentre) / factor;
     int i0, m;  // first raw index and number of raw weights
     const double* w = raw;
-    std::vector<double> wide;
-    if (interpolation == IPPI_INTER_NN) {
-      i0 = static_cast<int>(std::floor(u));
-      m = 1;
-      raw[0] = 1.0;
-    } else if (interpolation == IPPI_INTER_LINEAR) {
+    if (interpolation == IPPI_INTER_LINEAR) {
       const double p = u - 0.5, f = std::floor(p), t = p - f;
       i0 = static_cast<int>(f);
       m = 2;
@@ -94,7 +108,7 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
     // Fold indices outside the region onto its edges and trim vanishing ends.
     int a = std::min(std::max(i0, regionLo), regionHi - 1);
     int b = std::min(std::max(i0 + m - 1, regionLo), regionHi - 1);
-    std::vector<double> folded(static_cast<size_t>(b - a + 1), 0.0);
+    folded.assign(static_cast<size_t>(b - a + 1), 0.0);
     for (int j = 0; j < m; ++j) {
       const int idx = std::min(std::max(i0 + j, regionLo), regionHi - 1);
       folded[static_cast<size_t>(idx - a)] += w[j];
@@ -128,6 +142,58 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
     }
     c[big] = static_cast<int16_t>(c[big] + (kWeightOne - sum));
   }
+}
+
+namespace {
+
+struct PlanKey {
+  int dstLength, regionLo, regionHi, interpolation;
+  double factor, origin, dstCentre;
+  bool operator==(const PlanKey& o) const {
+    // The doubles compare bit for bit: equal bits give equal plans.
+    return dstLength == o.dstLength && regionLo == o.regionLo && regionHi == o.regionHi &&
+           interpolation == o.interpolation &&
+           std::memcmp(&factor, &o.factor, sizeof factor) == 0 &&
+           std::memcmp(&origin, &o.origin, sizeof origin) == 0 &&
+           std::memcmp(&dstCentre, &o.dstCentre, sizeof dstCentre) == 0;
+  }
+};
+
+struct CachedPlan {
+  bool used = false;
+  uint64_t lastUse = 0;
+  PlanKey key{};
+  AxisPlan plan;
+};
+
+constexpr int kCachedPlans = 4;
+
+}  // namespace
+
+const AxisPlan& CachedAxisPlan(int dstLength, double factor, double origin, double dstCentre,
+                               int regionLo, int regionHi, int interpolation) {
+  thread_local CachedPlan cache[kCachedPlans];
+  thread_local uint64_t clock = 0;
+  const PlanKey key{dstLength, regionLo, regionHi, interpolation, factor, origin, dstCentre};
+  ++clock;
+  CachedPlan* oldest = &cache[0];
+  for (CachedPlan& c : cache) {
+    if (c.used && c.key == key) {
+      c.lastUse = clock;
+      return c.plan;
+    }
+    if (!c.used || (oldest->used && c.lastUse < oldest->lastUse)) oldest = &c;
+  }
+  // Built aside first, so that a failed allocation leaves the cache as it was.
+  // The slot replaced is the least recently used, never the one returned by
+  // the call before.
+  AxisPlan fresh;
+  BuildAxisPlan(dstLength, factor, origin, dstCentre, regionLo, regionHi, interpolation, &fresh);
+  oldest->plan = std::move(fresh);
+  oldest->key = key;
+  oldest->used = true;
+  oldest->lastUse = clock;
+  return oldest->plan;
 }
 
 }  // namespace ipp

@@ -28,6 +28,14 @@ struct AxisPlan {
 void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre, int regionLo,
                    int regionHi, int interpolation, AxisPlan* plan);
 
+// The plan BuildAxisPlan makes for these arguments, kept in a small cache of
+// the calling thread's most recent plans, so that a caller resizing frame
+// after frame with one geometry builds its plans once. The reference stays
+// valid across the next call on this thread (so an x and a y plan can be held
+// together) and no longer. Throws std::bad_alloc when memory fails.
+const AxisPlan& CachedAxisPlan(int dstLength, double factor, double origin, double dstCentre,
+                               int regionLo, int regionHi, int interpolation);
+
 }  // namespace ipp
 }  // namespace orv
 
