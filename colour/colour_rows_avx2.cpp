@@ -279,8 +279,9 @@ inline __m256i ScaleChroma(__m256i ab, const ChromaConsts& k) {
 
 template <Yuy2Chroma kKind>
 int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
-               const uint8_t* vb, int pairs, const ChromaConsts& consts, uint8_t* dst) {
-  const ChromaConsts k = consts;  // a local copy: stores through dst can't alias it
+               const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
+  // Built here, as locals: stores through dst can't alias them.
+  const ChromaConsts k(wa, wb, round, shift);
   int j = 0;
   for (; j + 32 <= pairs; j += 32) {
     // Words (U, V) of pairs [0-7 | 16-23] and [8-15 | 24-31].
@@ -308,15 +309,14 @@ int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uin
 
 void ToYuy2(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
             const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
-  const ChromaConsts k(wa, wb, round, shift);
   int j = 0;
   const Yuy2Chroma kind = ClassifyYuy2Chroma(wa, wb, round, shift);
   if (kind == Yuy2Chroma::kRoundHalf)
-    j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
+    j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, wa, wb, round, shift, dst);
   else if (kind == Yuy2Chroma::kFloor)
-    j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
+    j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, wa, wb, round, shift, dst);
   else if (kind == Yuy2Chroma::kAddShift)
-    j = ToYuy2Body<Yuy2Chroma::kAddShift>(y, ua, ub, va, vb, pairs, k, dst);
+    j = ToYuy2Body<Yuy2Chroma::kAddShift>(y, ua, ub, va, vb, pairs, wa, wb, round, shift, dst);
   if (j < pairs)
     Sse2PlanarRows().toYuy2(y + 2 * j, ua + j, ub + j, va + j, vb + j, pairs - j, wa, wb, round,
                             shift, dst + 4 * j);

@@ -1,8 +1,9 @@
 // AVX-512 bodies of the hottest colour rows: the general route's terms, filter
 // and pixels of 32 and 24 bits, and the 24-bit route, 64 pixels a step; the
-// one-pass RGB to 4:2:0 rows and 4:2:0 to YUY2. Everything else, and the
-// rest of each row, goes to the AVX2 bodies, so the bytes are the plain bytes. GCC 12 warns inside
-// its own AVX-512 header (undefined pass-through operands).
+// one-pass RGB to 4:2:0 rows, the YUY2 to 4:2:0 rows and 4:2:0 to YUY2.
+// Everything else, and the rest of each row, goes to the AVX2 bodies, so the
+// bytes are the plain bytes. GCC 12 warns inside its own AVX-512 header
+// (undefined pass-through operands).
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
@@ -435,8 +436,9 @@ inline __m512i ChromaWords32(const uint8_t* a, const uint8_t* b, const ChromaCon
 
 template <Yuy2Chroma kKind>
 int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
-               const uint8_t* vb, int pairs, const ChromaConsts& consts, uint8_t* dst) {
-  const ChromaConsts k = consts;  // a local copy: stores through dst can't alias it
+               const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
+  // Built here, as locals: stores through dst can't alias them.
+  const ChromaConsts k(wa, wb, round, shift);
   // Quarter q of Y and of the chroma words takes the pairs 4q .. 4q+3 into its
   // low half and 16+4q .. 16+4q+3 into its high half, so that the byte
   // interleave gives pairs 0-15 and 16-31 in memory order.
@@ -455,15 +457,14 @@ int ToYuy2Body(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uin
 
 void ToYuy2(const uint8_t* y, const uint8_t* ua, const uint8_t* ub, const uint8_t* va,
             const uint8_t* vb, int pairs, int wa, int wb, int round, int shift, uint8_t* dst) {
-  const ChromaConsts k(wa, wb, round, shift);
   int j = 0;
   const Yuy2Chroma kind = ClassifyYuy2Chroma(wa, wb, round, shift);
   if (kind == Yuy2Chroma::kRoundHalf)
-    j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, k, dst);
+    j = ToYuy2Body<Yuy2Chroma::kRoundHalf>(y, ua, ub, va, vb, pairs, wa, wb, round, shift, dst);
   else if (kind == Yuy2Chroma::kFloor)
-    j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, k, dst);
+    j = ToYuy2Body<Yuy2Chroma::kFloor>(y, ua, ub, va, vb, pairs, wa, wb, round, shift, dst);
   else if (kind == Yuy2Chroma::kAddShift)
-    j = ToYuy2Body<Yuy2Chroma::kAddShift>(y, ua, ub, va, vb, pairs, k, dst);
+    j = ToYuy2Body<Yuy2Chroma::kAddShift>(y, ua, ub, va, vb, pairs, wa, wb, round, shift, dst);
   if (j < pairs)
     Avx2PlanarRows().toYuy2(y + 2 * j, ua + j, ub + j, va + j, vb + j, pairs - j, wa, wb, round,
                             shift, dst + 4 * j);

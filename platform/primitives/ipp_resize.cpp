@@ -52,7 +52,6 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
   const AxisPlan* planY = nullptr;
   std::vector<int16_t> line;
   std::vector<const Ipp8u*> rows;
-  std::vector<int32_t> lineStart;
   try {
     planX = &CachedAxisPlan(dstSize.width, xFactor, roi.x + (centered ? xCenter : 0.0),
                             centered ? dstSize.width / 2.0 : 0.0, static_cast<int>(x0),
@@ -65,10 +64,6 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
       // Room past the last sample for processor forms that read whole vectors.
       line.resize(static_cast<size_t>(x1 - x0) * channels + 16);
       rows.resize(static_cast<size_t>(planY->taps));
-      // Horizontal starts relative to the clipped region's first column.
-      lineStart.resize(planX->start.size());
-      for (size_t i = 0; i < lineStart.size(); ++i)
-        lineStart[i] = planX->start[i] - static_cast<int32_t>(x0);
     }
   } catch (const std::bad_alloc&) {
     return ippStsMemAllocErr;
@@ -103,7 +98,8 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
       rows[static_cast<size_t>(t)] = Line(src, srcStep, s0 + t) + srcOffset;
     k.filterVertical(rows.data(), &py.coef[static_cast<size_t>(j) * py.taps], py.taps, line.data(),
                      bytes);
-    horizontal(line.data(), lineStart.data(), px.coef.data(), px.taps,
+    // The line begins at the clipped region's first column (x0, the plan's regionLo).
+    horizontal(line.data(), px.startInRegion.data(), px.coef.data(), px.taps,
                Line(dst, dstStep, py.first + j) + dstOffset, px.count);
   }
   return ippStsNoErr;

@@ -50,6 +50,7 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
     plan->count = count;
     plan->taps = 1;
     plan->start.resize(static_cast<size_t>(count));
+    plan->startInRegion.clear();
     plan->coef.assign(static_cast<size_t>(count) + 16, 0);
     for (int i = 0; i < count; ++i) {
       const double u = origin + (first + i + 0.5 - dstCentre) / factor;
@@ -126,12 +127,14 @@ void BuildAxisPlan(int dstLength, double factor, double origin, double dstCentre
   plan->count = count;
   plan->taps = taps;
   plan->start.resize(static_cast<size_t>(count));
+  plan->startInRegion.resize(static_cast<size_t>(count));
   // Extra zeroed room so that processor forms may read a whole vector of weights.
   plan->coef.assign(static_cast<size_t>(count) * taps + 16, 0);
   for (int i = 0; i < count; ++i) {
     const size_t ii = static_cast<size_t>(i);
     const int s = std::min(loIdx[ii], regionHi - taps);
     plan->start[ii] = s;
+    plan->startInRegion[ii] = s - regionLo;
     int16_t* c = &plan->coef[ii * taps];
     int sum = 0, big = loIdx[ii] - s;
     for (int j = 0; j < n[ii]; ++j) {

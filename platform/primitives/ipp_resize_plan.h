@@ -18,7 +18,10 @@ struct AxisPlan {
   int count = 0;               // destination pixels written, consecutive
   int taps = 0;                // weights per destination pixel
   std::vector<int32_t> start;  // per written pixel: absolute index of its first tap
-  std::vector<int16_t> coef;   // count x taps weights, Q14, each group summing to 16384
+  // The same counted from regionLo, for passes over a line that begins at the
+  // region (filtered plans only; empty for nearest neighbour).
+  std::vector<int32_t> startInRegion;
+  std::vector<int16_t> coef;  // count x taps weights, Q14, each group summing to 16384
 };
 
 // Destination pixel d (0 <= d < dstLength) maps to the continuous source
