@@ -111,10 +111,15 @@ void InstallAvx2ResizeKernels(Kernels* k);
 // The vertical and 4-channel horizontal resize passes and the 1- and 4-byte gathers
 // (ipp_resize_kernels_avx512.cpp).
 void InstallAvx512ResizeKernels(Kernels* k);
-// The AVX-512 table with its resize passes taken with or without the 16-bit
-// dot-product instruction (the level installs the ones the processor can
-// run), so that tests reach both. `dot` needs a processor that has it.
-Kernels Avx512ResizeForms(bool dot);
+// The bodies of the AVX-512 resize passes, by what the processor has beyond
+// the level's own instructions: nothing more, the 16-bit dot product (VNNI),
+// or that and the byte permutes (VBMI). Each later one is faster where it runs.
+enum class Avx512ResizeBody { kBase, kDot, kDotPermute };
+// The best body this processor can run (the one the level installs).
+Avx512ResizeBody Avx512ResizeBodyHere();
+// The AVX-512 table with its resize passes taken with `body`, so that tests
+// reach every one this processor can run.
+Kernels Avx512ResizeForms(Avx512ResizeBody body);
 // The 4-channel alpha composition (ipp_alpha_kernels_avx512.cpp).
 void InstallAvx512AlphaKernels(Kernels* k);
 // The colour conversions of 3-byte pixels (ipp_color_kernels_avx512.cpp).

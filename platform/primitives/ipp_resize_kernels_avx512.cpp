@@ -34,52 +34,7 @@ inline __mmask32 First32(int n) {
   return n >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << n) - 1);
 }
 
-// Vertical pass with the tap count known: the row pointers and the weight
-// pairs stay in registers across the line. 32 samples a step; the last step
-// loads and stores only what is left (kTail).
-template <int T>
-struct VerticalTaps {
-  static constexpr int kPairs = (T + 1) / 2;
-  const uint8_t* r[T];
-  __m512i w[kPairs];
-  VerticalTaps(const uint8_t* const* rows, const int16_t* coef) {
-    for (int t = 0; t < T; ++t) r[t] = rows[t];
-    for (int p = 0; p < kPairs; ++p)
-      w[p] = _mm512_set1_epi32(Pair(coef[2 * p], 2 * p + 1 < T ? coef[2 * p + 1] : 0));
-  }
-  template <bool kTail>
-  void Step(int16_t* out, int i, __mmask32 m) const {
-    __m512i lo = _mm512_set1_epi32(128), hi = lo;
-    for (int p = 0; p < kPairs; ++p) {
-      const uint8_t* ra = r[2 * p] + i;
-      const __m512i a = kTail ? Samples(ra, m) : Samples(ra);
-      __m512i b = _mm512_setzero_si512();
-      if (2 * p + 1 < T) b = kTail ? Samples(r[2 * p + 1] + i, m) : Samples(r[2 * p + 1] + i);
-      lo = _mm512_add_epi32(lo, _mm512_madd_epi16(_mm512_unpacklo_epi16(a, b), w[p]));
-      hi = _mm512_add_epi32(hi, _mm512_madd_epi16(_mm512_unpackhi_epi16(a, b), w[p]));
-    }
-    // The in-quarter unpack and pack undo each other: lanes come back in order.
-    const __m512i v = _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8));
-    if (kTail)
-      _mm512_mask_storeu_epi16(out + i, m, v);
-    else
-      _mm512_storeu_si512(out + i, v);
-  }
-  // Samples `from` to `count` of the line.
-  void Run(int16_t* out, int count, int from = 0) const {
-    int i = from;
-    for (; i + 32 <= count; i += 32) Step<false>(out, i, 0);
-    if (i < count) Step<true>(out, i, First32(count - i));
-  }
-};
-
-// Up to eight taps, 64 samples a step without widening across quarters: the
-// bytes of a row pair are interleaved (p, q) within quarters, then widened to
-// word pairs by interleaving with zero, each quarter holding samples 16k ..
-// 16k + 15 of the step in four dword groups. After the multiply-adds, one pack
-// restores the order inside each quarter and a qword permute across the two
-// packed registers restores it across quarters. MulAdd is acc + madd(x, w),
-// fused where the processor has the dot-product instruction.
+// acc + madd(x, w), fused where the processor has the dot-product instruction.
 struct MaddAdd {
   static __m512i MulAdd(__m512i acc, __m512i x, __m512i w) {
     return _mm512_add_epi32(acc, _mm512_madd_epi16(x, w));
@@ -90,6 +45,93 @@ struct DotAdd {
     return _mm512_dpwssd_epi32(acc, x, w);
   }
 };
+
+// The 32 words (sum >> 8) of a step whose dword sums are in unpack order:
+// quarter k of lo holds samples 8k .. 8k+3, of hi samples 8k+4 .. 8k+7.
+// PackWords shifts both and packs, saturating (the plain store wraps; they
+// differ only for sums beyond 16 bits, which no plan makes). PickWords takes
+// bits 8 .. 23 of each sum with one byte permute over the pair: the plain
+// store's wrap exactly, in one instruction instead of three.
+struct PackWords {
+  static __m512i From(__m512i lo, __m512i hi) {
+    // The in-quarter unpack and pack undo each other: lanes come back in order.
+    return _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8));
+  }
+};
+
+struct PickIndex {
+  alignas(64) uint8_t byte[64];
+  constexpr PickIndex() : byte() {
+    for (int j = 0; j < 32; ++j) {
+      const int quarter = j / 8, k = j % 8;
+      const int dword = 4 * quarter + k % 4 + (k < 4 ? 0 : 16);  // hi's dwords follow lo's
+      byte[2 * j] = static_cast<uint8_t>(4 * dword + 1);
+      byte[2 * j + 1] = static_cast<uint8_t>(4 * dword + 2);
+    }
+  }
+};
+constexpr PickIndex kPickIndex;
+
+struct PickWords {
+  __attribute__((target("avx512vbmi"))) static __m512i From(__m512i lo, __m512i hi) {
+    return _mm512_permutex2var_epi8(lo, _mm512_load_si512(kPickIndex.byte), hi);
+  }
+};
+
+// Vertical pass with the tap count known: the row pointers and the weight
+// pairs stay in registers across the line. 32 samples a step; the last step
+// loads and stores only what is left (kTail).
+template <int T, class Op = MaddAdd, class Words = PackWords>
+struct VerticalTaps {
+  static constexpr int kPairs = (T + 1) / 2;
+  const uint8_t* r[T];
+  __m512i w[kPairs];
+  __attribute__((always_inline)) VerticalTaps(const uint8_t* const* rows, const int16_t* coef) {
+    for (int t = 0; t < T; ++t) r[t] = rows[t];
+    for (int p = 0; p < kPairs; ++p)
+      w[p] = _mm512_set1_epi32(Pair(coef[2 * p], 2 * p + 1 < T ? coef[2 * p + 1] : 0));
+  }
+  template <bool kTail>
+  __attribute__((always_inline)) void Step(int16_t* out, int i, __mmask32 m) const {
+    __m512i lo = _mm512_set1_epi32(128), hi = lo;
+    for (int p = 0; p < kPairs; ++p) {
+      const uint8_t* ra = r[2 * p] + i;
+      const __m512i a = kTail ? Samples(ra, m) : Samples(ra);
+      __m512i b = _mm512_setzero_si512();
+      if (2 * p + 1 < T) b = kTail ? Samples(r[2 * p + 1] + i, m) : Samples(r[2 * p + 1] + i);
+      lo = Op::MulAdd(lo, _mm512_unpacklo_epi16(a, b), w[p]);
+      hi = Op::MulAdd(hi, _mm512_unpackhi_epi16(a, b), w[p]);
+    }
+    const __m512i v = Words::From(lo, hi);
+    if (kTail)
+      _mm512_mask_storeu_epi16(out + i, m, v);
+    else
+      _mm512_storeu_si512(out + i, v);
+  }
+  // Samples `from` to `count` of the line.
+  __attribute__((always_inline)) void Run(int16_t* out, int count, int from = 0) const {
+    int i = from;
+    for (; i + 32 <= count; i += 32) Step<false>(out, i, 0);
+    if (i < count) Step<true>(out, i, First32(count - i));
+  }
+};
+
+// Two to eight taps with the dot product and the byte permute. The widening
+// loads cost no shuffle on the processors that have both, so the 32-sample
+// step of VerticalTaps beats the 64-sample byte interleave below there.
+template <int T>
+__attribute__((target("avx512vnni,avx512vbmi"))) void VerticalPicked(const uint8_t* const* rows,
+                                                                    const int16_t* coef,
+                                                                    int16_t* out, int count) {
+  VerticalTaps<T, DotAdd, PickWords>(rows, coef).Run(out, count);
+}
+
+// Up to eight taps, 64 samples a step without widening across quarters: the
+// bytes of a row pair are interleaved (p, q) within quarters, then widened to
+// word pairs by interleaving with zero, each quarter holding samples 16k ..
+// 16k + 15 of the step in four dword groups. After the multiply-adds, one pack
+// restores the order inside each quarter and a qword permute across the two
+// packed registers restores it across quarters.
 
 template <int T, class Op>
 __attribute__((always_inline)) inline void VerticalPairsBody(const uint8_t* const* rows,
@@ -168,7 +210,7 @@ void VerticalTwoTaps(const uint8_t* const* rows, int16_t w1, int16_t* out, int c
 // (16384 p1 is a multiple of 256), one word pair per sample instead of two.
 // With |w0| + |w2| below 32768 the second term fits 16 bits, and the 16-bit
 // sum wraps as the plain form's store does.
-template <class Op>
+template <class Op, class Words>
 __attribute__((always_inline)) inline __m512i ThreeTaps(const uint8_t* r0, const uint8_t* r1,
                                                         const uint8_t* r2, __m512i w, __mmask32 m,
                                                         bool tail) {
@@ -178,12 +220,10 @@ __attribute__((always_inline)) inline __m512i ThreeTaps(const uint8_t* r0, const
   const __m512i rnd = _mm512_set1_epi32(128);
   const __m512i lo = Op::MulAdd(rnd, _mm512_unpacklo_epi16(d0, d2), w);
   const __m512i hi = Op::MulAdd(rnd, _mm512_unpackhi_epi16(d0, d2), w);
-  // The in-quarter unpack and pack undo each other: lanes come back in order.
-  return _mm512_add_epi16(_mm512_slli_epi16(p1, 6),
-                          _mm512_packs_epi32(_mm512_srai_epi32(lo, 8), _mm512_srai_epi32(hi, 8)));
+  return _mm512_add_epi16(_mm512_slli_epi16(p1, 6), Words::From(lo, hi));
 }
 
-template <class Op>
+template <class Op, class Words>
 __attribute__((always_inline)) inline void VerticalThreeTapsBody(const uint8_t* const* rows,
                                                                  const int16_t* coef, int16_t* out,
                                                                  int count) {
@@ -193,33 +233,40 @@ __attribute__((always_inline)) inline void VerticalThreeTapsBody(const uint8_t* 
   const __m512i w = _mm512_set1_epi32(Pair(coef[0], coef[2]));
   int i = 0;
   for (; i + 32 <= count; i += 32)
-    _mm512_storeu_si512(out + i, ThreeTaps<Op>(r0 + i, r1 + i, r2 + i, w, 0, false));
+    _mm512_storeu_si512(out + i, ThreeTaps<Op, Words>(r0 + i, r1 + i, r2 + i, w, 0, false));
   if (i < count) {
     const __mmask32 m = First32(count - i);
-    _mm512_mask_storeu_epi16(out + i, m, ThreeTaps<Op>(r0 + i, r1 + i, r2 + i, w, m, true));
+    _mm512_mask_storeu_epi16(out + i, m, ThreeTaps<Op, Words>(r0 + i, r1 + i, r2 + i, w, m, true));
   }
 }
 
 void VerticalThreeTaps(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
-  VerticalThreeTapsBody<MaddAdd>(rows, coef, out, count);
+  VerticalThreeTapsBody<MaddAdd, PackWords>(rows, coef, out, count);
 }
 
 __attribute__((target("avx512vnni"))) void VerticalThreeTapsDot(const uint8_t* const* rows,
                                                                 const int16_t* coef, int16_t* out,
                                                                 int count) {
-  VerticalThreeTapsBody<DotAdd>(rows, coef, out, count);
+  VerticalThreeTapsBody<DotAdd, PackWords>(rows, coef, out, count);
 }
 
-template <bool kDot, int T>
-inline void Pairs(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
-  if (kDot)
+__attribute__((target("avx512vnni,avx512vbmi"))) void VerticalThreeTapsPicked(
+    const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
+  VerticalThreeTapsBody<DotAdd, PickWords>(rows, coef, out, count);
+}
+
+// T taps, any weights, with the body B.
+template <Avx512ResizeBody B, int T>
+inline void Taps(const uint8_t* const* rows, const int16_t* coef, int16_t* out, int count) {
+  if (B == Avx512ResizeBody::kDotPermute)
+    VerticalPicked<T>(rows, coef, out, count);
+  else if (B == Avx512ResizeBody::kDot)
     VerticalPairsDot<T>(rows, coef, out, count);
   else
     VerticalPairs<T>(rows, coef, out, count);
 }
 
-// kDot: the processor has the 16-bit dot-product instruction.
-template <bool kDot>
+template <Avx512ResizeBody B>
 void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
                     int count) {
   // Taps of zero weight at either end add nothing (a plan pads the pixels
@@ -235,23 +282,25 @@ void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, i
       return VerticalTaps<1>(rows, coef).Run(out, count);
     case 2:
       if (coef[0] + coef[1] == 1 << 14) return VerticalTwoTaps(rows, coef[1], out, count);
-      return Pairs<kDot, 2>(rows, coef, out, count);
+      return Taps<B, 2>(rows, coef, out, count);
     case 3:
       if (coef[0] + coef[1] + coef[2] == 1 << 14 && std::abs(coef[0]) + std::abs(coef[2]) < 32768) {
-        if (kDot) return VerticalThreeTapsDot(rows, coef, out, count);
+        if (B == Avx512ResizeBody::kDotPermute)
+          return VerticalThreeTapsPicked(rows, coef, out, count);
+        if (B == Avx512ResizeBody::kDot) return VerticalThreeTapsDot(rows, coef, out, count);
         return VerticalThreeTaps(rows, coef, out, count);
       }
-      return Pairs<kDot, 3>(rows, coef, out, count);
+      return Taps<B, 3>(rows, coef, out, count);
     case 4:
-      return Pairs<kDot, 4>(rows, coef, out, count);
+      return Taps<B, 4>(rows, coef, out, count);
     case 5:
-      return Pairs<kDot, 5>(rows, coef, out, count);
+      return Taps<B, 5>(rows, coef, out, count);
     case 6:
-      return Pairs<kDot, 6>(rows, coef, out, count);
+      return Taps<B, 6>(rows, coef, out, count);
     case 7:
-      return Pairs<kDot, 7>(rows, coef, out, count);
+      return Taps<B, 7>(rows, coef, out, count);
     case 8:
-      return Pairs<kDot, 8>(rows, coef, out, count);
+      return Taps<B, 8>(rows, coef, out, count);
     default:
       break;
   }
@@ -594,8 +643,18 @@ void GatherC4(const uint8_t* src, const int32_t* index, uint8_t* dst, int width)
 
 namespace {
 
-void InstallResize(Kernels* k, bool dot) {
-  k->filterVertical = dot ? FilterVertical<true> : FilterVertical<false>;
+void InstallResize(Kernels* k, Avx512ResizeBody body) {
+  switch (body) {
+    case Avx512ResizeBody::kDotPermute:
+      k->filterVertical = FilterVertical<Avx512ResizeBody::kDotPermute>;
+      break;
+    case Avx512ResizeBody::kDot:
+      k->filterVertical = FilterVertical<Avx512ResizeBody::kDot>;
+      break;
+    default:
+      k->filterVertical = FilterVertical<Avx512ResizeBody::kBase>;
+      break;
+  }
   k->filterHorizontalC4 = FilterHorizontalC4;
   k->gatherC1 = GatherC1;
   k->gatherC4 = GatherC4;
@@ -603,18 +662,22 @@ void InstallResize(Kernels* k, bool dot) {
 
 }  // namespace
 
-Kernels Avx512ResizeForms(bool dot) {
+Kernels Avx512ResizeForms(Avx512ResizeBody body) {
   Kernels k = KernelsFor(SimdLevel::kAvx512);
-  InstallResize(&k, dot);
+  InstallResize(&k, body);
   return k;
 }
 
-void InstallAvx512ResizeKernels(Kernels* k) {
+Avx512ResizeBody Avx512ResizeBodyHere() {
   // The tables may be built during static initialisation, before the
   // processor model would otherwise be read.
   __builtin_cpu_init();
-  InstallResize(k, __builtin_cpu_supports("avx512vnni") != 0);
+  if (__builtin_cpu_supports("avx512vnni") == 0) return Avx512ResizeBody::kBase;
+  if (__builtin_cpu_supports("avx512vbmi") == 0) return Avx512ResizeBody::kDot;
+  return Avx512ResizeBody::kDotPermute;
 }
+
+void InstallAvx512ResizeKernels(Kernels* k) { InstallResize(k, Avx512ResizeBodyHere()); }
 
 }  // namespace ipp
 }  // namespace orv

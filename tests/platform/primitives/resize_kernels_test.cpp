@@ -80,7 +80,7 @@ std::vector<std::vector<int32_t>> IndexPatterns(int width, int pixels, std::mt19
 }
 
 // Every level's table this processor can run; and, where it runs the AVX-512
-// level, that level with and without the dot-product bodies (it installs one).
+// level, that level with each resize body the processor has (it installs one).
 std::vector<std::pair<std::string, Kernels>> FormsToCompare() {
   std::vector<std::pair<std::string, Kernels>> forms;
   for (SimdLevel l : {SimdLevel::kSse2, SimdLevel::kSsse3, SimdLevel::kSse41, SimdLevel::kAvx2,
@@ -89,9 +89,13 @@ std::vector<std::pair<std::string, Kernels>> FormsToCompare() {
       forms.emplace_back("level " + std::to_string(static_cast<int>(l)), KernelsFor(l));
 #if ORV_X86_SIMD
   if (orv::DetectSimdLevel() >= SimdLevel::kAvx512) {
-    forms.emplace_back("AVX-512 without dot product", Avx512ResizeForms(false));
-    if (__builtin_cpu_supports("avx512vnni"))
-      forms.emplace_back("AVX-512 with dot product", Avx512ResizeForms(true));
+    const Avx512ResizeBody here = Avx512ResizeBodyHere();
+    forms.emplace_back("AVX-512 base", Avx512ResizeForms(Avx512ResizeBody::kBase));
+    if (here >= Avx512ResizeBody::kDot)
+      forms.emplace_back("AVX-512 with dot product", Avx512ResizeForms(Avx512ResizeBody::kDot));
+    if (here >= Avx512ResizeBody::kDotPermute)
+      forms.emplace_back("AVX-512 with dot product and byte permutes",
+                         Avx512ResizeForms(Avx512ResizeBody::kDotPermute));
   }
 #endif
   return forms;
