@@ -14,10 +14,17 @@
 #include <type_traits>
 
 #include "platform/primitives/ipp_kernels.h"
+#include "platform/primitives/ipp_resize_kernels_avx512.h"
 
 namespace orv {
 namespace ipp {
 namespace {
+
+using avx512::DotAdd;
+using avx512::First16;
+using avx512::First32;
+using avx512::First64;
+using avx512::MaddAdd;
 
 inline int32_t Pair(int16_t a, int16_t b) {
   return static_cast<int32_t>((static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16) |
@@ -30,21 +37,6 @@ inline __m512i Samples(const uint8_t* row) {
 inline __m512i Samples(const uint8_t* row, __mmask32 m) {
   return _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(m, row));
 }
-inline __mmask32 First32(int n) {
-  return n >= 32 ? ~__mmask32{0} : static_cast<__mmask32>((1u << n) - 1);
-}
-
-// acc + madd(x, w), fused where the processor has the dot-product instruction.
-struct MaddAdd {
-  static __m512i MulAdd(__m512i acc, __m512i x, __m512i w) {
-    return _mm512_add_epi32(acc, _mm512_madd_epi16(x, w));
-  }
-};
-struct DotAdd {
-  __attribute__((target("avx512vnni"))) static __m512i MulAdd(__m512i acc, __m512i x, __m512i w) {
-    return _mm512_dpwssd_epi32(acc, x, w);
-  }
-};
 
 // The 32 words (sum >> 8) of a step whose dword sums are in unpack order:
 // quarter k of lo holds samples 8k .. 8k+3, of hi samples 8k+4 .. 8k+7.
@@ -121,8 +113,8 @@ struct VerticalTaps {
 // step of VerticalTaps beats the 64-sample byte interleave below there.
 template <int T>
 __attribute__((target("avx512vnni,avx512vbmi"))) void VerticalPicked(const uint8_t* const* rows,
-                                                                    const int16_t* coef,
-                                                                    int16_t* out, int count) {
+                                                                     const int16_t* coef,
+                                                                     int16_t* out, int count) {
   VerticalTaps<T, DotAdd, PickWords>(rows, coef).Run(out, count);
 }
 
@@ -547,12 +539,6 @@ void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t*
 // pixel is read. Other blocks take the plain form. The last partial block runs
 // the same way with its lanes masked.
 
-// The mask of the first n of 64 lanes (n may be negative or above 64).
-inline uint64_t First64(int n) {
-  return n <= 0 ? 0 : (n >= 64 ? ~uint64_t{0} : (uint64_t{1} << n) - 1);
-}
-inline __mmask16 First16(int n) { return static_cast<__mmask16>(First64(n) & 0xFFFF); }
-
 // 1-byte pixels, 32 a block out of at most 128 source bytes: a word permute
 // over two registers takes the word holding each wanted byte, a variable shift
 // brings that byte down, and a narrowing store writes the 32 bytes.
@@ -655,6 +641,8 @@ void InstallResize(Kernels* k, Avx512ResizeBody body) {
       k->filterVertical = FilterVertical<Avx512ResizeBody::kBase>;
       break;
   }
+  k->filterHorizontalC1 =
+      body == Avx512ResizeBody::kBase ? avx512::FilterHorizontalC1 : avx512::FilterHorizontalC1Dot;
   k->filterHorizontalC4 = FilterHorizontalC4;
   k->gatherC1 = GatherC1;
   k->gatherC4 = GatherC4;
