@@ -5,8 +5,8 @@
 // A step's taps lie within 64 samples of its first pixel's first tap whenever
 // the source advances by less than about four samples per destination pixel
 // (every enlargement, and reductions down to a quarter): those samples come
-// in two masked loads that stop at the last sample the step reads, and a
-// two-register word permute serves every lane. Wider steps, and more taps,
+// in two loads (masked near the line's end, to stop at the last sample the
+// step reads), and a two-register word permute serves every lane. Wider steps, and more taps,
 // take the AVX2 table's form. The sums are the plain ones term for term and
 // round, shift and saturate alike, so the bytes are the plain bytes.
 //
@@ -63,10 +63,12 @@ struct LaneWeights {
 };
 
 // Pixels x .. x+n-1 (n <= 16); false, writing nothing, when their taps do not
-// fit one window.
+// fit one window. Samples before `whole` may be read by whole loads (masked
+// loads are much slower on some processors).
 template <int T, class Op>
 __attribute__((always_inline)) inline bool Step(const int16_t* src, const int32_t* start,
-                                                const int16_t* coef, uint8_t* dst, int x, int n) {
+                                                const int16_t* coef, uint8_t* dst, int x, int n,
+                                                int64_t whole) {
   constexpr int kPairs = LaneWeights<T>::kPairs;
   const __mmask16 lanes = First16(n);
   const int32_t base = start[x];
@@ -80,8 +82,14 @@ __attribute__((always_inline)) inline bool Step(const int16_t* src, const int32_
     return false;
   const int16_t* s = src + base;
   const int reach = static_cast<int>(span);
-  const __m512i lo = _mm512_maskz_loadu_epi16(First32(reach), s);
-  const __m512i hi = _mm512_maskz_loadu_epi16(First32(reach - 32), s + 32);
+  __m512i lo, hi;
+  if (base + kWindow <= whole) {
+    lo = _mm512_loadu_si512(s);
+    hi = _mm512_loadu_si512(s + 32);
+  } else {
+    lo = _mm512_maskz_loadu_epi16(First32(reach), s);
+    hi = _mm512_maskz_loadu_epi16(First32(reach - 32), s + 32);
+  }
   const LaneWeights<T> weights(coef + static_cast<ptrdiff_t>(x) * T, n);
   // Words (rel, rel + 1) in each dword: the lane's first tap pair.
   const __m512i first = _mm512_add_epi32(_mm512_add_epi32(rel, _mm512_slli_epi32(rel, 16)),
@@ -99,9 +107,12 @@ __attribute__((always_inline)) inline bool Step(const int16_t* src, const int32_
 template <int T, class Op>
 __attribute__((always_inline)) inline void Taps(const int16_t* src, const int32_t* start,
                                                 const int16_t* coef, uint8_t* dst, int width) {
+  if (width < 1) return;
+  // Every form reads the last pixel's tap pairs, so the line reaches that far.
+  const int64_t whole = static_cast<int64_t>(start[width - 1]) + 2 * LaneWeights<T>::kPairs;
   for (int x = 0; x < width; x += 16) {
     const int n = width - x < 16 ? width - x : 16;
-    if (!Step<T, Op>(src, start, coef, dst, x, n))
+    if (!Step<T, Op>(src, start, coef, dst, x, n, whole))
       KernelsFor(SimdLevel::kAvx2)
           .filterHorizontalC1(src, start + x, coef + static_cast<ptrdiff_t>(x) * T, T, dst + x, n);
   }
