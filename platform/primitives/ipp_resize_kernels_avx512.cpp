@@ -438,13 +438,15 @@ struct QuarterSums {
   }
 };
 
-// Three or four taps: one 256-bit load holds a pixel's four taps, so a
-// register carries two pixels, [x taps 0, 1 | x taps 2, 3 | x+1 taps 0, 1 |
-// x+1 taps 2, 3] after the in-quarter pairing; two such multiply-adds and two
-// quarter shuffles sum the halves into four pixels, one per quarter. Fewer
-// shuffles than four 128-bit inserts per tap pair. A three-tap pixel's fourth
-// pixel is read (it lies inside the line's 16 spare samples) at weight zero.
-template <int T>
+// Up to four taps of C = 3 or 4 channels: one 256-bit load holds a pixel's
+// four taps, so a register carries two pixels, [x taps 0, 1 | x taps 2, 3 |
+// x+1 taps 0, 1 | x+1 taps 2, 3] after the pairing (a byte shuffle within
+// quarters for four channels; a word permute for three, whose taps 2 and 3
+// straddle quarters, with the fourth lane zeroed); two such multiply-adds and
+// two quarter shuffles sum the halves into four pixels, one per quarter.
+// Fewer shuffles than four 128-bit inserts per tap pair. Taps past T are read
+// (they lie inside the line's 16 spare samples) at weight zero.
+template <int C, int T>
 struct HalfSums {
   __m512i index[2];  // weights of pixels x, x+1 (index[0]) and x+2, x+3 (index[1])
   HalfSums() {
@@ -453,8 +455,8 @@ struct HalfSums {
       for (int q = 0; q < 4; ++q) {
         const int pixel = 2 * h + q / 2, pair = q % 2;
         for (int k = 0; k < 4; ++k) {
-          idx[q * 8 + 2 * k] = static_cast<int16_t>(pixel * T + 2 * pair);
           // Word 31 is zero (the weights fill words 0 .. 15 only).
+          idx[q * 8 + 2 * k] = static_cast<int16_t>(2 * pair < T ? pixel * T + 2 * pair : 31);
           idx[q * 8 + 2 * k + 1] =
               static_cast<int16_t>(2 * pair + 1 < T ? pixel * T + 2 * pair + 1 : 31);
         }
@@ -462,16 +464,25 @@ struct HalfSums {
       index[h] = _mm512_load_si512(idx);
     }
   }
+  static __m512i Paired(__m512i v) {
+    if (C == 4)
+      return _mm512_shuffle_epi8(v, _mm512_broadcast_i32x4(_mm_setr_epi8(
+                                        0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15)));
+    // Words 0 .. 15 hold pixel x's taps, 16 .. 31 pixel x+1's, three words a tap.
+    alignas(64) static constexpr int16_t kPairing[32] = {0,  3, 1,  4,  2,  5,  0,  0,  6,  9,  7,
+                                                         10, 8, 11, 0,  0,  16, 19, 17, 20, 18, 21,
+                                                         0,  0, 22, 25, 23, 26, 24, 27, 0,  0};
+    const __m512i pairing = _mm512_load_si512(kPairing);
+    return _mm512_maskz_permutexvar_epi16(0x3F3F3F3Fu, pairing, v);
+  }
   static __m512i Two(const int16_t* src, const int32_t* start, int x, __m512i weights) {
-    const __m512i pairing =
-        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
     const __m256i a = _mm256_loadu_si256(
-        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x]) * 4));
+        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x]) * C));
     const __m256i b = _mm256_loadu_si256(
-        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x + 1]) * 4));
+        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x + 1]) * C));
     // A masked broadcast from memory blends rather than shuffles.
     const __m512i v = _mm512_mask_broadcast_i64x4(_mm512_castsi256_si512(a), 0xF0, b);
-    return _mm512_madd_epi16(_mm512_shuffle_epi8(v, pairing), weights);
+    return _mm512_madd_epi16(Paired(v), weights);
   }
   __m512i At(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
     const __m512i c = _mm512_zextsi256_si512(
@@ -487,7 +498,7 @@ struct HalfSums {
 template <int T>
 void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
-  using Sums = typename std::conditional<(T >= 3), HalfSums<T>, QuarterSums<T>>::type;
+  using Sums = typename std::conditional<(T >= 3), HalfSums<4, T>, QuarterSums<T>>::type;
   const Sums sums;
   int x = 0;
   for (; x + 16 <= width; x += 16) {
@@ -505,6 +516,55 @@ void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* c
     KernelsFor(SimdLevel::kAvx2)
         .filterHorizontalC4(src, start + x, coef + static_cast<ptrdiff_t>(x) * T, T, dst + 4 * x,
                             width - x);
+}
+
+// Three channels, two to four taps, sixteen pixels a step: the 4-channel
+// sums (fourth lane zero) packed to bytes in pixel order, each pixel's fourth
+// byte dropped within quarters and the quarters' 12 bytes closed up, 48 bytes
+// stored whole (with 16 more that the next step overwrites) while the row
+// leaves room for it.
+template <int T>
+void HorizontalC3Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
+                      int width) {
+  const HalfSums<3, T> sums;
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  const __m512i drop =
+      _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
+  const __m512i close = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0);
+  int x = 0;
+  for (; x + 16 <= width; x += 16) {
+    const __m512i w0 =
+        _mm512_packs_epi32(sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
+    const __m512i w1 =
+        _mm512_packs_epi32(sums.At(src, start, coef, x + 8), sums.At(src, start, coef, x + 12));
+    const __m512i b = _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1));
+    const __m512i v = _mm512_permutexvar_epi32(close, _mm512_shuffle_epi8(b, drop));
+    uint8_t* d = dst + 3 * x;
+    if (3 * x + 64 <= 3 * width) {
+      _mm512_storeu_si512(d, v);
+    } else {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), _mm512_castsi512_si256(v));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 32), _mm512_extracti32x4_epi32(v, 2));
+    }
+  }
+  if (x < width)
+    KernelsFor(SimdLevel::kAvx2)
+        .filterHorizontalC3(src, start + x, coef + static_cast<ptrdiff_t>(x) * T, T, dst + 3 * x,
+                            width - x);
+}
+
+void FilterHorizontalC3(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width) {
+  switch (taps) {
+    case 2:
+      return HorizontalC3Taps<2>(src, start, coef, dst, width);
+    case 3:
+      return HorizontalC3Taps<3>(src, start, coef, dst, width);
+    case 4:
+      return HorizontalC3Taps<4>(src, start, coef, dst, width);
+    default:
+      return KernelsFor(SimdLevel::kAvx2).filterHorizontalC3(src, start, coef, taps, dst, width);
+  }
 }
 
 void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
@@ -643,6 +703,7 @@ void InstallResize(Kernels* k, Avx512ResizeBody body) {
   }
   k->filterHorizontalC1 =
       body == Avx512ResizeBody::kBase ? avx512::FilterHorizontalC1 : avx512::FilterHorizontalC1Dot;
+  k->filterHorizontalC3 = FilterHorizontalC3;
   k->filterHorizontalC4 = FilterHorizontalC4;
   k->gatherC1 = GatherC1;
   k->gatherC4 = GatherC4;
