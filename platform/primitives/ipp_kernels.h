@@ -108,8 +108,8 @@ void InstallAvx2Kernels(Kernels* k);
 // The 3- and 4-channel horizontal resize passes and the 1-byte gather
 // (ipp_resize_kernels_avx2.cpp).
 void InstallAvx2ResizeKernels(Kernels* k);
-// The vertical and 4-channel horizontal resize passes and the 1- and 4-byte gathers
-// (ipp_resize_kernels_avx512.cpp).
+// The vertical and the 1-, 3- and 4-channel horizontal resize passes and the
+// 1- and 4-byte gathers (ipp_resize_*_avx512.cpp).
 void InstallAvx512ResizeKernels(Kernels* k);
 // The bodies of the AVX-512 resize passes, by what the processor has beyond
 // the level's own instructions: nothing more, the 16-bit dot product (VNNI),

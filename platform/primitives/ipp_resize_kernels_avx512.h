@@ -30,7 +30,22 @@ struct DotAdd {
   }
 };
 
-// The one-channel horizontal pass (ipp_resize_line_kernels_avx512.cpp), with
+// The vertical pass with each body of Avx512ResizeBody (the later ones need a
+// processor that has their instructions; ipp_resize_vertical_avx512.cpp).
+void FilterVerticalBase(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
+                        int count);
+void FilterVerticalDot(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
+                       int count);
+void FilterVerticalPicked(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
+                          int count);
+
+// The 3- and 4-channel horizontal passes (ipp_resize_horizontal_avx512.cpp).
+void FilterHorizontalC3(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width);
+void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
+                        uint8_t* dst, int width);
+
+// The one-channel horizontal pass (ipp_resize_horizontal_c1_avx512.cpp), with
 // the madd and with the dot product (which needs a processor that has it).
 void FilterHorizontalC1(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
                         uint8_t* dst, int width);
