@@ -6,8 +6,8 @@
 // the source advances by less than about four samples per destination pixel
 // (every enlargement, and reductions down to a quarter): those samples come
 // in two loads (masked near the line's end, to stop at the last sample the
-// step reads), and a two-register word permute serves every lane. Wider steps, and more taps,
-// take the AVX2 table's form. The sums are the plain ones term for term and
+// step reads), and a two-register word permute serves every lane. Wider
+// steps, and more taps, take the AVX2 table's form. The sums are the plain ones term for term and
 // round, shift and saturate alike, so the bytes are the plain bytes.
 //
 // Like the other forms, a pixel's last tap pair may read one sample past its
