@@ -184,21 +184,27 @@ struct HalfSums {
   }
 };
 
+// Bytes of sixteen pixels x .. x+15 in order, four per pixel, saturated like
+// the plain pass: both packs, then one dword permute for all 64 bytes.
+template <class Sums>
+inline __m512i Bytes16(const Sums& sums, const int16_t* src, const int32_t* start,
+                       const int16_t* coef, int x) {
+  const __m512i w0 =
+      _mm512_packs_epi32(sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
+  const __m512i w1 =
+      _mm512_packs_epi32(sums.At(src, start, coef, x + 8), sums.At(src, start, coef, x + 12));
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  return _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1));
+}
+
 template <int T>
 void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
   using Sums = typename std::conditional<(T >= 3), HalfSums<4, T>, QuarterSums<T>>::type;
   const Sums sums;
   int x = 0;
-  for (; x + 16 <= width; x += 16) {
-    // Sixteen pixels: both packs, then one dword permute for all 64 bytes.
-    const __m512i w0 =
-        _mm512_packs_epi32(sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
-    const __m512i w1 =
-        _mm512_packs_epi32(sums.At(src, start, coef, x + 8), sums.At(src, start, coef, x + 12));
-    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
-    _mm512_storeu_si512(dst + 4 * x, _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1)));
-  }
+  for (; x + 16 <= width; x += 16)
+    _mm512_storeu_si512(dst + 4 * x, Bytes16(sums, src, start, coef, x));
   for (; x + 8 <= width; x += 8)
     Store8(dst + 4 * x, sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
   if (x < width)
@@ -208,7 +214,7 @@ void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* c
 }
 
 // Three channels, two to four taps, sixteen pixels a step: the 4-channel
-// sums (fourth lane zero) packed to bytes in pixel order, each pixel's fourth
+// bytes (fourth lane zero) of Bytes16, each pixel's fourth
 // byte dropped within quarters and the quarters' 12 bytes closed up, 48 bytes
 // stored whole (with 16 more that the next step overwrites) while the row
 // leaves room for it.
@@ -216,17 +222,12 @@ template <int T>
 void HorizontalC3Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
   const HalfSums<3, T> sums;
-  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
   const __m512i drop =
       _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
   const __m512i close = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0);
   int x = 0;
   for (; x + 16 <= width; x += 16) {
-    const __m512i w0 =
-        _mm512_packs_epi32(sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
-    const __m512i w1 =
-        _mm512_packs_epi32(sums.At(src, start, coef, x + 8), sums.At(src, start, coef, x + 12));
-    const __m512i b = _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1));
+    const __m512i b = Bytes16(sums, src, start, coef, x);
     const __m512i v = _mm512_permutexvar_epi32(close, _mm512_shuffle_epi8(b, drop));
     uint8_t* d = dst + 3 * x;
     if (3 * x + 64 <= 3 * width) {
