@@ -214,10 +214,9 @@ void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* c
 }
 
 // Three channels, two to four taps, sixteen pixels a step: the 4-channel
-// bytes (fourth lane zero) of Bytes16, each pixel's fourth
-// byte dropped within quarters and the quarters' 12 bytes closed up, 48 bytes
-// stored whole (with 16 more that the next step overwrites) while the row
-// leaves room for it.
+// bytes of Bytes16 (fourth lane zero), each pixel's fourth byte dropped
+// within quarters and the quarters' 12 bytes closed up, 48 bytes stored whole
+// (with 16 more that the next step overwrites) while the row leaves room.
 template <int T>
 void HorizontalC3Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
