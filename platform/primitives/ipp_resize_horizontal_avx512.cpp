@@ -86,9 +86,11 @@ inline void Store8(uint8_t* dst, __m512i s0123, __m512i s4567) {
                       _mm512_castsi512_si256(_mm512_permutexvar_epi32(order, b)));
 }
 
-// The same with the tap count known (at most four): the four pixels' weight
-// groups (4T words) come in one whole load, which ends inside the plan's
-// zeroed room even for the last four pixels, and the loops unroll.
+// Four channels, one or two taps (a 128-bit window a pixel, so four pixels a
+// register by quarters; measured faster here than pairing 256-bit windows,
+// half of whose taps would weigh zero): the four pixels' weight groups (4T
+// words) come in one whole load, which ends inside the plan's zeroed room
+// even for the last four pixels.
 template <int T>
 struct QuarterSums {
   __m512i index[(T + 1) / 2];
@@ -125,88 +127,90 @@ struct QuarterSums {
     }
     return _mm512_srai_epi32(acc, 20);
   }
+  // The bytes of pixels x .. x+15 in order: both packs, then one dword permute.
+  __m512i Bytes16(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+    const __m512i w0 = _mm512_packs_epi32(At(src, start, coef, x), At(src, start, coef, x + 4));
+    const __m512i w1 =
+        _mm512_packs_epi32(At(src, start, coef, x + 8), At(src, start, coef, x + 12));
+    const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    return _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1));
+  }
 };
 
-// Up to four taps of C = 3 or 4 channels: one 256-bit load holds a pixel's
-// four taps, so a register carries two pixels, [x taps 0, 1 | x taps 2, 3 |
-// x+1 taps 0, 1 | x+1 taps 2, 3] after the pairing (a byte shuffle within
-// quarters for four channels; a word permute for three, whose taps 2 and 3
-// straddle quarters, with the fourth lane zeroed); two such multiply-adds and
-// two quarter shuffles sum the halves into four pixels, one per quarter.
-// Fewer shuffles than four 128-bit inserts per tap pair. Taps past T are read
-// (they lie inside the line's 16 spare samples) at weight zero.
+// Up to four taps of C = 3 or 4 channels, sixteen pixels a step, with few
+// shuffles (this processor runs two shuffles a cycle against four adds or
+// unpacks). The 256-bit windows of pixels x and x+1 (taps 0 .. 3) are paired
+// by one two-register word permute: taps of channels 0 and 1 in quarter 0
+// (x) and 2 (x+1), of channels 2 and 3 in quarters 1 and 3 (zero for a
+// missing fourth channel). The multiply-add leaves [c0 t01, c1 t01, c0 t23,
+// c1 t23] in each quarter, and one 64-bit unpack pair sums the tap halves of
+// two such registers within quarters, the rounding half added in halves by
+// each. Taps past T are read (inside the line's 16 spare samples) at weight
+// zero.
 template <int C, int T>
-struct HalfSums {
-  __m512i index[2];  // weights of pixels x, x+1 (index[0]) and x+2, x+3 (index[1])
-  HalfSums() {
-    for (int h = 0; h < 2; ++h) {
-      alignas(64) int16_t idx[32];
-      for (int q = 0; q < 4; ++q) {
-        const int pixel = 2 * h + q / 2, pair = q % 2;
-        for (int k = 0; k < 4; ++k) {
-          // Word 31 is zero (the weights fill words 0 .. 15 only).
-          idx[q * 8 + 2 * k] = static_cast<int16_t>(2 * pair < T ? pixel * T + 2 * pair : 31);
-          idx[q * 8 + 2 * k + 1] =
-              static_cast<int16_t>(2 * pair + 1 < T ? pixel * T + 2 * pair + 1 : 31);
-        }
+struct WindowSums {
+  __m512i pairing, weightIndex[2], order;
+  WindowSums() {
+    alignas(64) int16_t pair[32], w[2][32], o[32];
+    for (int q = 0; q < 4; ++q) {
+      const int from = q < 2 ? 0 : 32, first = 2 * (q % 2);  // source register, channel
+      for (int k = 0; k < 8; ++k) {
+        const int tap = 2 * (k / 4) + k % 2, channel = first + (k / 2) % 2;
+        // Word 31 of either zero-extended register is zero.
+        pair[8 * q + k] = static_cast<int16_t>(channel < C ? from + C * tap + channel : 31);
+        for (int h = 0; h < 2; ++h)
+          w[h][8 * q + k] = static_cast<int16_t>(tap < T ? (2 * h + q / 2) * T + tap : 31);
       }
-      index[h] = _mm512_load_si512(idx);
     }
+    // After both packs quarter q holds byte pairs of pixels 0, 2, .. 14
+    // (q 0: channels 0, 1; q 1: 2, 3) or of 1, 3, .. 15 (q 2, 3).
+    for (int p = 0; p < 16; ++p) {
+      o[2 * p] = static_cast<int16_t>(16 * (p % 2) + p / 2);
+      o[2 * p + 1] = static_cast<int16_t>(16 * (p % 2) + 8 + p / 2);
+    }
+    pairing = _mm512_load_si512(pair);
+    weightIndex[0] = _mm512_load_si512(w[0]);
+    weightIndex[1] = _mm512_load_si512(w[1]);
+    order = _mm512_load_si512(o);
   }
-  static __m512i Paired(__m512i v) {
-    if (C == 4)
-      return _mm512_shuffle_epi8(v, _mm512_broadcast_i32x4(_mm_setr_epi8(
-                                        0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15)));
-    // Words 0 .. 15 hold pixel x's taps, 16 .. 31 pixel x+1's, three words a tap.
-    alignas(64) static constexpr int16_t kPairing[32] = {0,  3, 1,  4,  2,  5,  0,  0,  6,  9,  7,
-                                                         10, 8, 11, 0,  0,  16, 19, 17, 20, 18, 21,
-                                                         0,  0, 22, 25, 23, 26, 24, 27, 0,  0};
-    const __m512i pairing = _mm512_load_si512(kPairing);
-    return _mm512_maskz_permutexvar_epi16(0x3F3F3F3Fu, pairing, v);
+  static __m512i Window(const int16_t* src, int32_t start) {
+    return _mm512_zextsi256_si512(_mm256_loadu_si256(
+        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start) * C)));
   }
-  static __m512i Two(const int16_t* src, const int32_t* start, int x, __m512i weights) {
-    const __m256i a = _mm256_loadu_si256(
-        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x]) * C));
-    const __m256i b = _mm256_loadu_si256(
-        reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start[x + 1]) * C));
-    // A masked broadcast from memory blends rather than shuffles.
-    const __m512i v = _mm512_mask_broadcast_i64x4(_mm512_castsi256_si512(a), 0xF0, b);
-    return _mm512_madd_epi16(Paired(v), weights);
+  __m512i Two(const int16_t* src, const int32_t* start, int x, __m512i weights) const {
+    const __m512i v =
+        _mm512_permutex2var_epi16(Window(src, start[x]), pairing, Window(src, start[x + 1]));
+    return _mm512_add_epi32(_mm512_madd_epi16(v, weights), _mm512_set1_epi32(1 << 18));
   }
-  __m512i At(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+  // Sums of pixels x .. x+3: quarter 0 [x c0, x c1, x+2 c0, x+2 c1], quarter
+  // 1 the same for c2, c3, quarters 2 and 3 for x+1 and x+3.
+  __m512i Four(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
     const __m512i c = _mm512_zextsi256_si512(
         _mm256_loadu_si256(reinterpret_cast<const __m256i*>(coef + static_cast<ptrdiff_t>(x) * T)));
-    const __m512i r01 = Two(src, start, x, _mm512_permutexvar_epi16(index[0], c));
-    const __m512i r23 = Two(src, start, x + 2, _mm512_permutexvar_epi16(index[1], c));
-    const __m512i sums = _mm512_add_epi32(_mm512_shuffle_i32x4(r01, r23, _MM_SHUFFLE(2, 0, 2, 0)),
-                                          _mm512_shuffle_i32x4(r01, r23, _MM_SHUFFLE(3, 1, 3, 1)));
-    return _mm512_srai_epi32(_mm512_add_epi32(sums, _mm512_set1_epi32(1 << 19)), 20);
+    const __m512i r01 = Two(src, start, x, _mm512_permutexvar_epi16(weightIndex[0], c));
+    const __m512i r23 = Two(src, start, x + 2, _mm512_permutexvar_epi16(weightIndex[1], c));
+    const __m512i sums =
+        _mm512_add_epi32(_mm512_unpacklo_epi64(r01, r23), _mm512_unpackhi_epi64(r01, r23));
+    return _mm512_srai_epi32(sums, 20);
+  }
+  // The bytes of pixels x .. x+15 in order, four per pixel (the fourth zero
+  // for three channels), saturated like the plain pass.
+  __m512i Bytes16(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+    const __m512i w0 = _mm512_packs_epi32(Four(src, start, coef, x), Four(src, start, coef, x + 4));
+    const __m512i w1 =
+        _mm512_packs_epi32(Four(src, start, coef, x + 8), Four(src, start, coef, x + 12));
+    return _mm512_permutexvar_epi16(order, _mm512_packus_epi16(w0, w1));
   }
 };
-
-// Bytes of sixteen pixels x .. x+15 in order, four per pixel, saturated like
-// the plain pass: both packs, then one dword permute for all 64 bytes.
-template <class Sums>
-inline __m512i Bytes16(const Sums& sums, const int16_t* src, const int32_t* start,
-                       const int16_t* coef, int x) {
-  const __m512i w0 =
-      _mm512_packs_epi32(sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
-  const __m512i w1 =
-      _mm512_packs_epi32(sums.At(src, start, coef, x + 8), sums.At(src, start, coef, x + 12));
-  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
-  return _mm512_permutexvar_epi32(order, _mm512_packus_epi16(w0, w1));
-}
 
 template <int T>
 void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
-  using Sums = typename std::conditional<(T >= 3), HalfSums<4, T>, QuarterSums<T>>::type;
+  using Sums = typename std::conditional<(T >= 3), WindowSums<4, T>, QuarterSums<T>>::type;
   const Sums sums;
   int x = 0;
   for (; x + 16 <= width; x += 16)
-    _mm512_storeu_si512(dst + 4 * x, Bytes16(sums, src, start, coef, x));
-  for (; x + 8 <= width; x += 8)
-    Store8(dst + 4 * x, sums.At(src, start, coef, x), sums.At(src, start, coef, x + 4));
+    _mm512_storeu_si512(dst + 4 * x, sums.Bytes16(src, start, coef, x));
   if (x < width)
     KernelsFor(SimdLevel::kAvx2)
         .filterHorizontalC4(src, start + x, coef + static_cast<ptrdiff_t>(x) * T, T, dst + 4 * x,
@@ -220,13 +224,13 @@ void HorizontalC4Taps(const int16_t* src, const int32_t* start, const int16_t* c
 template <int T>
 void HorizontalC3Taps(const int16_t* src, const int32_t* start, const int16_t* coef, uint8_t* dst,
                       int width) {
-  const HalfSums<3, T> sums;
+  const WindowSums<3, T> sums;
   const __m512i drop =
       _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
   const __m512i close = _mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 0, 0, 0, 0);
   int x = 0;
   for (; x + 16 <= width; x += 16) {
-    const __m512i b = Bytes16(sums, src, start, coef, x);
+    const __m512i b = sums.Bytes16(src, start, coef, x);
     const __m512i v = _mm512_permutexvar_epi32(close, _mm512_shuffle_epi8(b, drop));
     uint8_t* d = dst + 3 * x;
     if (3 * x + 64 <= 3 * width) {
