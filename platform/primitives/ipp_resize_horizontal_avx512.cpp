@@ -1,8 +1,8 @@
 // AVX-512 forms of the horizontal resize pass for 3- and 4-channel lines,
-// four destination pixels a register, one in each 128-bit quarter. Each
-// computes the plain sums term for term and rounds, shifts and saturates
-// alike, so the bytes are the plain bytes. Reads past the last tap stay
-// inside the room the callers keep (see ipp_resize_kernels_avx2.cpp).
+// four destination pixels a register. Each computes the plain sums term for
+// term and rounds, shifts and saturates alike, so the bytes are the plain
+// bytes. Reads past the last tap stay inside the room the callers keep (see
+// ipp_resize_kernels_avx2.cpp).
 #include <immintrin.h>
 
 #include <cstddef>
