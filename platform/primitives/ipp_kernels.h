@@ -106,9 +106,12 @@ void InstallSse2Kernels(Kernels* k);
 void InstallSsse3Kernels(Kernels* k);
 void InstallAvx2Kernels(Kernels* k);
 // The 3- and 4-channel horizontal resize passes and the 1-byte gather
-// (ipp_resize_kernels_avx2.cpp), and the one-channel horizontal pass
-// (ipp_resize_horizontal_c1_avx2.cpp, the form of filterHorizontalC1).
+// (ipp_resize_kernels_avx2.cpp), with the vertical and the one-channel
+// horizontal passes of their own files (ipp_resize_vertical_avx2.cpp,
+// ipp_resize_horizontal_c1_avx2.cpp).
 void InstallAvx2ResizeKernels(Kernels* k);
+void FilterVerticalAvx2(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
+                        int count);
 void FilterHorizontalC1Avx2(const int16_t* src, const int32_t* start, const int16_t* coef, int taps,
                             uint8_t* dst, int width);
 // The vertical and the 1-, 3- and 4-channel horizontal resize passes and the

@@ -430,36 +430,6 @@ void JpegBgrToYcc(const uint8_t* bgr, uint8_t* y, uint8_t* cb, uint8_t* cr, int 
     KernelsFor(SimdLevel::kSsse3).jpegBgrToYcc(bgr + 3 * x, y + x, cb + x, cr + x, width - x);
 }
 
-void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
-                    int count) {
-  const __m256i rnd = _mm256_set1_epi32(128);
-  int i = 0;
-  for (; i + 16 <= count; i += 16) {
-    __m256i lo = rnd, hi = rnd;
-    int t = 0;
-    for (; t + 2 <= taps; t += 2) {
-      const __m256i w = Pair(coef[t], coef[t + 1]);
-      const __m256i p = _mm256_cvtepu8_epi16(Ld128(rows[t] + i));
-      const __m256i q = _mm256_cvtepu8_epi16(Ld128(rows[t + 1] + i));
-      lo = _mm256_add_epi32(lo, _mm256_madd_epi16(_mm256_unpacklo_epi16(p, q), w));
-      hi = _mm256_add_epi32(hi, _mm256_madd_epi16(_mm256_unpackhi_epi16(p, q), w));
-    }
-    if (t < taps) {
-      const __m256i w = Pair(coef[t], 0);
-      const __m256i p = _mm256_cvtepu8_epi16(Ld128(rows[t] + i)), z = _mm256_setzero_si256();
-      lo = _mm256_add_epi32(lo, _mm256_madd_epi16(_mm256_unpacklo_epi16(p, z), w));
-      hi = _mm256_add_epi32(hi, _mm256_madd_epi16(_mm256_unpackhi_epi16(p, z), w));
-    }
-    // The in-half unpack and pack undo each other: lanes come back in order.
-    St(out + i, _mm256_packs_epi32(_mm256_srai_epi32(lo, 8), _mm256_srai_epi32(hi, 8)));
-  }
-  for (; i < count; ++i) {
-    int sum = 0;
-    for (int t = 0; t < taps; ++t) sum += rows[t][i] * coef[t];
-    out[i] = static_cast<int16_t>((sum + 128) >> 8);
-  }
-}
-
 // (x + 127) / 255 for 0 <= x <= 65025 in unsigned 16-bit lanes.
 // ((x + 127) x 0x8081) >> 23 is that quotient for every such x (0x8081 / 2^23 is
 // 1/255 less 1/2^31 or so, too little to cross an integer below 65152 / 255).
@@ -713,7 +683,6 @@ void InstallAvx2Kernels(Kernels* k) {
   k->jpegYccToBgr = JpegYccToBgr;
   k->jpegYccToRgbPlanes = JpegYccToRgbPlanes;
   k->jpegBgrToYcc = JpegBgrToYcc;
-  k->filterVertical = FilterVertical;
   k->alphaMix = AlphaMix;
   k->alphaOverAC4 = AlphaOverAC4;
   k->gatherC4 = GatherC4;

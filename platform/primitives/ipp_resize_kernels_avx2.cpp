@@ -140,6 +140,7 @@ void GatherC1(const uint8_t* src, const int32_t* index, uint8_t* dst, int width)
 
 void InstallAvx2ResizeKernels(Kernels* k) {
   k->gatherC1 = GatherC1;
+  k->filterVertical = FilterVerticalAvx2;
   k->filterHorizontalC1 = FilterHorizontalC1Avx2;
   k->filterHorizontalC3 = FilterHorizontalC3;
   k->filterHorizontalC4 = FilterHorizontalC4;
