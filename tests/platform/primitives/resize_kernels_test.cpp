@@ -186,12 +186,21 @@ TEST(ResizeKernels, HorizontalPassesGiveThePlainBytes) {
     for (auto& v : line) v = static_cast<int16_t>(static_cast<int>(rng() % 18000) - 1000);
     for (int taps = 1; taps <= 9; ++taps)
       for (bool plan : {true, false})
-        for (int width : {1, 3, 4, 7, 8, 9, 16, 17, 31, 100, 250}) {
+        for (int width : {1, 3, 4, 7, 8, 9, 16, 17, 31, 100, 120, 250}) {
           // Ascending starts that end on the last pixel the taps allow, and
           // weights with the plan's 16 zeroed words after the last group.
-          std::vector<int32_t> start(static_cast<size_t>(width));
-          for (int x = 0; x < width; ++x)
-            start[static_cast<size_t>(x)] = (kPixels - taps) * x / std::max(1, width - 1);
+          // For 120 pixels the starts advance by 0 to 6 at random and begin
+          // again near 0 at the line's end, so that steps whose taps just fit
+          // a processor form's window, steps that just do not, and a step
+          // that goes backwards meet in one line.
+          std::vector<int32_t> start;
+          for (int x = 0, s = 0; x < width; ++x) {
+            if (width != 120)
+              s = (kPixels - taps) * x / std::max(1, width - 1);
+            else if (x > 0 && (s += static_cast<int>(rng() % 7)) > kPixels - taps)
+              s = static_cast<int>(rng() % 8);
+            start.push_back(s);
+          }
           std::vector<int16_t> coef;
           for (int x = 0; x < width; ++x) {
             const std::vector<int16_t> w = Weights(taps, plan, rng);
