@@ -1,15 +1,16 @@
 // AVX2 form of the one-channel horizontal resize pass for up to four taps:
 // eight destination pixels a step, one in each dword lane, four in each
 // 128-bit half. A half's taps are fetched by byte shuffles from the 16
-// samples that follow its first pixel's first tap (two 16-byte loads), which
-// holds them whenever the source advances by less than about three samples per
-// destination pixel (every enlargement, and reductions down to about a third).
-// Steps whose taps reach further, more taps, and a line's last pixels short of
-// a step take the SSSE3 form. The sums are the plain ones term for term and
-// round, shift and saturate alike, so the bytes are the plain bytes.
+// samples from its first pixel's first tap on (two 16-byte loads), which hold
+// them whenever the source advances by at most about four samples per
+// destination pixel (every enlargement, and reductions down to about a
+// quarter). Steps whose taps reach further, more taps, and a line's last
+// pixels short of a step take the SSSE3 form. The sums are the plain ones term
+// for term and round, shift and saturate alike, so the bytes are the plain
+// bytes.
 //
 // Reads stay inside the room the resizer keeps: a half's 16 samples start at
-// or before the line's last pixel's first tap, and the line has 16 spare
+// a pixel's first tap, which lies inside the line, and the line has 16 spare
 // samples after its last one.
 #include <immintrin.h>
 
@@ -31,7 +32,7 @@ inline __m256i Halves(const void* lo, const void* hi) {
 
 // Byte shuffles that take the weight pairs of three-tap groups: words
 // (3j, 3j+1) and (3j+2, zero) of pixel j of each half, from L (the half's
-// first eight weights) or H (the next eight). See ThreeTapWeights.
+// first eight weights) or H (the next eight); see LaneWeights.
 struct ThreeTapMasks {
   alignas(32) int8_t fromL[2][32];
   alignas(32) int8_t fromH[2][32];
@@ -117,8 +118,10 @@ inline bool Step(const int16_t* src, const int32_t* start, const int16_t* coef, 
   __m256i acc = _mm256_set1_epi32(1 << 19);
   for (int p = 0; p < kPairs; ++p) {
     const __m256i index = _mm256_add_epi8(first, _mm256_set1_epi8(static_cast<char>(4 * p)));
-    // Indices 0 .. 15 pick from lo (16 .. 31 are zeroed by the set top bit
-    // after the saturating add), 16 .. 31 from hi (0 .. 15 turn negative).
+    // Byte indices 0 .. 15 pick from lo: 0x70 added with saturation keeps
+    // their low four bits and a clear top bit, and sets the top bit (a zero
+    // byte) of 16 .. 31. Those pick from hi less 16, where 0 .. 15 turn
+    // negative and give zero.
     const __m256i v =
         _mm256_or_si256(_mm256_shuffle_epi8(lo, _mm256_adds_epu8(index, _mm256_set1_epi8(0x70))),
                         _mm256_shuffle_epi8(hi, _mm256_sub_epi8(index, _mm256_set1_epi8(16))));
