@@ -57,35 +57,50 @@ inline __m256i Sums2(const int16_t* src, const int32_t* start, const int16_t* co
   return _mm256_srai_epi32(acc, 20);
 }
 
-// The same for three or four taps, with fewer shuffles: one window holds a
-// pixel's four taps (0, 1 in the low half, 2, 3 in the high half; for three
-// channels the high half is loaded from tap 2), so one pairing and one
-// multiply-add take all of them, and two half exchanges add the halves of two
-// pixels. A tap past `taps` weighs zero (its samples lie inside the line's
-// spare room; its weight, read from the next group or the plan's zeroed
-// room, is masked). With one or two taps half of each window would weigh
-// zero, and Sums2 measured faster.
-inline bool UseWindow(int taps) { return taps == 3 || taps == 4; }
+// The same for up to four taps, with fewer shuffles. With three or four, one
+// window holds a pixel's four taps (0, 1 in the low half, 2, 3 in the high
+// half; for three channels the high half is loaded from tap 2), so one pairing
+// and one multiply-add take all of them, and two half exchanges add the
+// halves of two pixels. With one or two, the low halves of the two pixels'
+// windows make one register and one multiply-add gives both pixels' sums. A
+// tap past `taps` weighs zero (its samples lie inside the line's spare room;
+// its weight, read from the next group or the plan's zeroed room, is masked).
 template <int C>
 struct WindowSums2 {
   __m256i pairing, keep;
-  WindowSums2(int taps, __m256i pairingBytes) : pairing(pairingBytes) {
-    const int lo = taps >= 2 ? -1 : 0xFFFF, hi = taps >= 4 ? -1 : (taps == 3 ? 0xFFFF : 0);
+  int taps;
+  WindowSums2(int n, __m256i pairingBytes) : pairing(pairingBytes), taps(n) {
+    const int lo = n >= 2 ? -1 : 0xFFFF, hi = n >= 4 ? -1 : (n == 3 ? 0xFFFF : 0);
     keep = _mm256_setr_epi32(lo, lo, lo, lo, hi, hi, hi, hi);
+  }
+  // Weight dwords a (low half) and b (high half) spread over their halves.
+  static __m256i Spread(__m128i ab) {
+    return _mm256_permutevar8x32_epi32(_mm256_castsi128_si256(ab),
+                                       _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1));
+  }
+  // One or two taps: pixels x (low half) and x + 1 (high half).
+  __m256i Narrow(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+    const int16_t* c = coef + static_cast<ptrdiff_t>(x) * taps;
+    const __m128i ab =
+        taps == 2 ? _mm_loadl_epi64(reinterpret_cast<const __m128i*>(c))
+                  : _mm_cvtepu16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(c)));
+    const __m256i v = _mm256_inserti128_si256(
+        _mm256_castsi128_si256(Ld(src + static_cast<ptrdiff_t>(start[x]) * C)),
+        Ld(src + static_cast<ptrdiff_t>(start[x + 1]) * C), 1);
+    const __m256i sums = _mm256_madd_epi16(_mm256_shuffle_epi8(v, pairing), Spread(ab));
+    return _mm256_srai_epi32(_mm256_add_epi32(sums, _mm256_set1_epi32(1 << 19)), 20);
   }
   __m256i One(const int16_t* src, int32_t start, const int16_t* c) const {
     const int16_t* s = src + static_cast<ptrdiff_t>(start) * C;
     const __m256i v = C == 4 ? _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s))
                              : _mm256_inserti128_si256(_mm256_castsi128_si256(Ld(s)), Ld(s + 6), 1);
-    const __m256i w = _mm256_and_si256(
-        _mm256_permutevar8x32_epi32(
-            _mm256_castsi128_si256(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(c))),
-            _mm256_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1)),
-        keep);
+    const __m256i w =
+        _mm256_and_si256(Spread(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(c))), keep);
     return _mm256_madd_epi16(_mm256_shuffle_epi8(v, pairing), w);
   }
   // Channel sums of pixels x (low half) and x + 1 (high half).
-  __m256i At(const int16_t* src, const int32_t* start, const int16_t* coef, int taps, int x) const {
+  __m256i At(const int16_t* src, const int32_t* start, const int16_t* coef, int x) const {
+    if (taps <= 2) return Narrow(src, start, coef, x);
     const int16_t* c = coef + static_cast<ptrdiff_t>(x) * taps;
     const __m256i a = One(src, start[x], c), b = One(src, start[x + 1], c + taps);
     const __m256i sums = _mm256_add_epi32(_mm256_permute2x128_si256(a, b, 0x20),
@@ -109,12 +124,12 @@ void FilterHorizontalC4(const int16_t* src, const int32_t* start, const int16_t*
   const __m256i pairing = _mm256_broadcastsi128_si256(
       _mm_setr_epi8(0, 1, 8, 9, 2, 3, 10, 11, 4, 5, 12, 13, 6, 7, 14, 15));
   const WindowSums2<4> window(taps, pairing);
-  const bool useWindow = UseWindow(taps);
+  const bool useWindow = taps <= 4;
   int x = 0;
   for (; x + 4 <= width; x += 4) {
-    const __m256i s01 = useWindow ? window.At(src, start, coef, taps, x)
-                                  : Sums2<4>(src, start, coef, taps, x, pairing);
-    const __m256i s23 = useWindow ? window.At(src, start, coef, taps, x + 2)
+    const __m256i s01 =
+        useWindow ? window.At(src, start, coef, x) : Sums2<4>(src, start, coef, taps, x, pairing);
+    const __m256i s23 = useWindow ? window.At(src, start, coef, x + 2)
                                   : Sums2<4>(src, start, coef, taps, x + 2, pairing);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 4 * x), Bytes4(s01, s23));
   }
@@ -130,12 +145,12 @@ void FilterHorizontalC3(const int16_t* src, const int32_t* start, const int16_t*
       _mm_setr_epi8(0, 1, 6, 7, 2, 3, 8, 9, 4, 5, 10, 11, -128, -128, -128, -128));
   const __m128i compact = _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
   const WindowSums2<3> window(taps, pairing);
-  const bool useWindow = UseWindow(taps);
+  const bool useWindow = taps <= 4;
   int x = 0;
   for (; x + 4 <= width; x += 4) {
-    const __m256i s01 = useWindow ? window.At(src, start, coef, taps, x)
-                                  : Sums2<3>(src, start, coef, taps, x, pairing);
-    const __m256i s23 = useWindow ? window.At(src, start, coef, taps, x + 2)
+    const __m256i s01 =
+        useWindow ? window.At(src, start, coef, x) : Sums2<3>(src, start, coef, taps, x, pairing);
+    const __m256i s23 = useWindow ? window.At(src, start, coef, x + 2)
                                   : Sums2<3>(src, start, coef, taps, x + 2, pairing);
     const __m128i b = _mm_shuffle_epi8(Bytes4(s01, s23), compact);
     uint8_t* d = dst + 3 * x;
