@@ -144,9 +144,8 @@ struct QuarterSums {
 // (x) and 2 (x+1), of channels 2 and 3 in quarters 1 and 3 (zero for a
 // missing fourth channel). The multiply-add leaves [c0 t01, c1 t01, c0 t23,
 // c1 t23] in each quarter, and one 64-bit unpack pair sums the tap halves of
-// two such registers within quarters, the rounding half added in halves by
-// each. Taps past T are read (inside the line's 16 spare samples) at weight
-// zero.
+// two such registers within quarters. Taps past T are read (inside the
+// line's 16 spare samples) at weight zero.
 template <int C, int T>
 struct WindowSums {
   __m512i pairing, weightIndex[2], order;
@@ -180,7 +179,7 @@ struct WindowSums {
   __m512i Two(const int16_t* src, const int32_t* start, int x, __m512i weights) const {
     const __m512i v =
         _mm512_permutex2var_epi16(Window(src, start[x]), pairing, Window(src, start[x + 1]));
-    return _mm512_add_epi32(_mm512_madd_epi16(v, weights), _mm512_set1_epi32(1 << 18));
+    return _mm512_madd_epi16(v, weights);
   }
   // Sums of pixels x .. x+3: quarter 0 [x c0, x c1, x+2 c0, x+2 c1], quarter
   // 1 the same for c2, c3, quarters 2 and 3 for x+1 and x+3.
@@ -191,7 +190,7 @@ struct WindowSums {
     const __m512i r23 = Two(src, start, x + 2, _mm512_permutexvar_epi16(weightIndex[1], c));
     const __m512i sums =
         _mm512_add_epi32(_mm512_unpacklo_epi64(r01, r23), _mm512_unpackhi_epi64(r01, r23));
-    return _mm512_srai_epi32(sums, 20);
+    return _mm512_srai_epi32(_mm512_add_epi32(sums, _mm512_set1_epi32(1 << 19)), 20);
   }
   // The bytes of pixels x .. x+15 in order, four per pixel (the fourth zero
   // for three channels), saturated like the plain pass.
