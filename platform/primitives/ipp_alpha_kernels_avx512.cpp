@@ -1,6 +1,6 @@
-// AVX-512 forms of the constant-alpha mix and of the 4-channel "a over b"
-// composition: the 16-bit arithmetic of the AVX2 forms on 64 bytes a step, so
-// the bytes are the plain bytes.
+// AVX-512 form of the 4-channel "a over b" composition: the 16-bit arithmetic
+// of the AVX2 form on sixteen pixels a step (four per 128-bit quarter), so the
+// bytes are the plain bytes.
 #include <immintrin.h>
 
 #include <cstdint>
@@ -18,33 +18,6 @@ inline __m512i Div255u16(__m512i x) {
   const __m512i t = _mm512_add_epi16(x, _mm512_set1_epi16(127));
   return _mm512_srli_epi16(_mm512_mulhi_epu16(t, _mm512_set1_epi16(static_cast<int16_t>(0x8081))),
                            7);
-}
-
-// min(255, D(wa x a + wb x b)) in unsigned 16-bit lanes: each product fits
-// (at most 65025), the sum saturates at 65535, and clamping it to 65025 keeps
-// Div255u16 exact; every sum from 65025 up gives 255 either way.
-inline __m512i Mix16(__m512i a, __m512i b, __m512i wa, __m512i wb) {
-  const __m512i x = _mm512_adds_epu16(_mm512_mullo_epi16(a, wa), _mm512_mullo_epi16(b, wb));
-  return Div255u16(_mm512_min_epu16(x, _mm512_set1_epi16(static_cast<int16_t>(65025))));
-}
-
-void AlphaMix(const uint8_t* a, const uint8_t* b, uint8_t* d, int count, int wa, int wb) {
-  const __m512i z = _mm512_setzero_si512();
-  const __m512i va16 = _mm512_set1_epi16(static_cast<int16_t>(wa));
-  const __m512i vb16 = _mm512_set1_epi16(static_cast<int16_t>(wb));
-  int i = 0;
-  for (; i + 64 <= count; i += 64) {
-    // Both sources 512 bytes ahead: with pictures larger than the cache the
-    // 64-byte steps outran the hardware's own prefetch (a prefetch never
-    // faults, so running past the line's end is harmless).
-    _mm_prefetch(reinterpret_cast<const char*>(a + i + 512), _MM_HINT_T0);
-    _mm_prefetch(reinterpret_cast<const char*>(b + i + 512), _MM_HINT_T0);
-    const __m512i va = _mm512_loadu_si512(a + i), vb = _mm512_loadu_si512(b + i);
-    const __m512i lo = Mix16(_mm512_unpacklo_epi8(va, z), _mm512_unpacklo_epi8(vb, z), va16, vb16);
-    const __m512i hi = Mix16(_mm512_unpackhi_epi8(va, z), _mm512_unpackhi_epi8(vb, z), va16, vb16);
-    _mm512_storeu_si512(d + i, _mm512_packus_epi16(lo, hi));
-  }
-  if (i < count) KernelsFor(SimdLevel::kAvx2).alphaMix(a + i, b + i, d + i, count - i, wa, wb);
 }
 
 // "a over b" for eight pixels held as 16-bit lanes (two per quarter).
@@ -76,10 +49,7 @@ void AlphaOverAC4(const uint8_t* a, const uint8_t* b, uint8_t* d, int width) {
 
 }  // namespace
 
-void InstallAvx512AlphaKernels(Kernels* k) {
-  k->alphaMix = AlphaMix;
-  k->alphaOverAC4 = AlphaOverAC4;
-}
+void InstallAvx512AlphaKernels(Kernels* k) { k->alphaOverAC4 = AlphaOverAC4; }
 
 }  // namespace ipp
 }  // namespace orv

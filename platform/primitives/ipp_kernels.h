@@ -126,8 +126,7 @@ Avx512ResizeBody Avx512ResizeBodyHere();
 // The AVX-512 table with its resize passes taken with `body`, so that tests
 // reach every one this processor can run.
 Kernels Avx512ResizeForms(Avx512ResizeBody body);
-// The constant-alpha mix and the 4-channel alpha composition
-// (ipp_alpha_kernels_avx512.cpp).
+// The 4-channel alpha composition (ipp_alpha_kernels_avx512.cpp).
 void InstallAvx512AlphaKernels(Kernels* k);
 // The colour conversions of 3-byte pixels (ipp_color_kernels_avx512.cpp).
 void InstallAvx512ColorKernels(Kernels* k);
