@@ -50,8 +50,11 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
 
   const AxisPlan* planX = nullptr;
   const AxisPlan* planY = nullptr;
-  std::vector<int16_t> line;
-  std::vector<const Ipp8u*> rows;
+  // The Q6 line and the row pointers of the vertical pass, kept by the thread
+  // from call to call (at most 512 KB for the widest line), so that frame
+  // after frame allocates nothing.
+  thread_local std::vector<int16_t> line;
+  thread_local std::vector<const Ipp8u*> rows;
   try {
     planX = &CachedAxisPlan(dstSize.width, xFactor, roi.x + (centered ? xCenter : 0.0),
                             centered ? dstSize.width / 2.0 : 0.0, static_cast<int>(x0),
@@ -61,9 +64,12 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
                             static_cast<int>(y1), interpolation);
     if (planX->count == 0 || planY->count == 0) return ippStsWrongIntersectROI;
     if (interpolation != IPPI_INTER_NN) {
-      // Room past the last sample for processor forms that read whole vectors.
-      line.resize(static_cast<size_t>(x1 - x0) * channels + 16);
-      rows.resize(static_cast<size_t>(planY->taps));
+      // Room past the last sample for processor forms that read whole vectors
+      // (what it holds is read at weight zero only).
+      const size_t samples = static_cast<size_t>(x1 - x0) * channels + 16;
+      if (line.size() < samples) line.resize(samples);
+      if (rows.size() < static_cast<size_t>(planY->taps))
+        rows.resize(static_cast<size_t>(planY->taps));
     }
   } catch (const std::bad_alloc&) {
     return ippStsMemAllocErr;
@@ -93,11 +99,17 @@ IppStatus Resize(const Kernels& k, int channels, bool centered, const Ipp8u* src
   const ptrdiff_t srcOffset = static_cast<ptrdiff_t>(x0) * channels;
   const int bytes = static_cast<int>(x1 - x0) * channels;
   for (int j = 0; j < py.count; ++j) {
-    const int s0 = py.start[static_cast<size_t>(j)];
-    for (int t = 0; t < py.taps; ++t)
+    // Taps of zero weight at either end add nothing (a plan pads the rows
+    // whose footprint is shorter than its widest), so the vertical pass gets
+    // only the rows from the first weighted one to the last.
+    const int16_t* coef = &py.coef[static_cast<size_t>(j) * py.taps];
+    int lo = 0, hi = py.taps;
+    while (hi - lo > 1 && coef[hi - 1] == 0) --hi;
+    while (hi - lo > 1 && coef[lo] == 0) ++lo;
+    const int s0 = py.start[static_cast<size_t>(j)] + lo;
+    for (int t = 0; t < hi - lo; ++t)
       rows[static_cast<size_t>(t)] = Line(src, srcStep, s0 + t) + srcOffset;
-    k.filterVertical(rows.data(), &py.coef[static_cast<size_t>(j) * py.taps], py.taps, line.data(),
-                     bytes);
+    k.filterVertical(rows.data(), coef + lo, hi - lo, line.data(), bytes);
     // The line begins at the clipped region's first column (x0, the plan's regionLo).
     horizontal(line.data(), px.startInRegion.data(), px.coef.data(), px.taps,
                Line(dst, dstStep, py.first + j) + dstOffset, px.count);

@@ -252,14 +252,6 @@ inline void Taps(const uint8_t* const* rows, const int16_t* coef, int16_t* out, 
 template <Avx512ResizeBody B>
 void FilterVertical(const uint8_t* const* rows, const int16_t* coef, int taps, int16_t* out,
                     int count) {
-  // Taps of zero weight at either end add nothing (a plan pads the pixels
-  // whose footprint is shorter than its widest).
-  while (taps > 1 && coef[taps - 1] == 0) --taps;
-  while (taps > 1 && coef[0] == 0) {
-    ++rows;
-    ++coef;
-    --taps;
-  }
   switch (taps) {
     case 1:
       return VerticalTaps<1>(rows, coef).Run(out, count);
