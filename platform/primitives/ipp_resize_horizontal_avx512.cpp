@@ -147,31 +147,38 @@ struct QuarterSums {
 // two such registers within quarters. Taps past T are read (inside the
 // line's 16 spare samples) at weight zero.
 template <int C, int T>
-struct WindowSums {
-  __m512i pairing, weightIndex[2], order;
-  WindowSums() {
-    alignas(64) int16_t pair[32], w[2][32], o[32];
+struct WindowIndex {
+  alignas(64) int16_t pairing[32];
+  alignas(64) int16_t weights[2][32];  // pixels x, x+1 and x+2, x+3
+  alignas(64) int16_t order[32];
+  constexpr WindowIndex() : pairing(), weights(), order() {
     for (int q = 0; q < 4; ++q) {
       const int from = q < 2 ? 0 : 32, first = 2 * (q % 2);  // source register, channel
       for (int k = 0; k < 8; ++k) {
         const int tap = 2 * (k / 4) + k % 2, channel = first + (k / 2) % 2;
         // Word 31 of either zero-extended register is zero.
-        pair[8 * q + k] = static_cast<int16_t>(channel < C ? from + C * tap + channel : 31);
+        pairing[8 * q + k] = static_cast<int16_t>(channel < C ? from + C * tap + channel : 31);
         for (int h = 0; h < 2; ++h)
-          w[h][8 * q + k] = static_cast<int16_t>(tap < T ? (2 * h + q / 2) * T + tap : 31);
+          weights[h][8 * q + k] = static_cast<int16_t>(tap < T ? (2 * h + q / 2) * T + tap : 31);
       }
     }
     // After both packs quarter q holds byte pairs of pixels 0, 2, .. 14
     // (q 0: channels 0, 1; q 1: 2, 3) or of 1, 3, .. 15 (q 2, 3).
     for (int p = 0; p < 16; ++p) {
-      o[2 * p] = static_cast<int16_t>(16 * (p % 2) + p / 2);
-      o[2 * p + 1] = static_cast<int16_t>(16 * (p % 2) + 8 + p / 2);
+      order[2 * p] = static_cast<int16_t>(16 * (p % 2) + p / 2);
+      order[2 * p + 1] = static_cast<int16_t>(16 * (p % 2) + 8 + p / 2);
     }
-    pairing = _mm512_load_si512(pair);
-    weightIndex[0] = _mm512_load_si512(w[0]);
-    weightIndex[1] = _mm512_load_si512(w[1]);
-    order = _mm512_load_si512(o);
   }
+};
+template <int C, int T>
+constexpr WindowIndex<C, T> kWindowIndex;
+
+template <int C, int T>
+struct WindowSums {
+  __m512i pairing = _mm512_load_si512(kWindowIndex<C, T>.pairing);
+  __m512i weightIndex[2] = {_mm512_load_si512(kWindowIndex<C, T>.weights[0]),
+                            _mm512_load_si512(kWindowIndex<C, T>.weights[1])};
+  __m512i order = _mm512_load_si512(kWindowIndex<C, T>.order);
   static __m512i Window(const int16_t* src, int32_t start) {
     return _mm512_zextsi256_si512(_mm256_loadu_si256(
         reinterpret_cast<const __m256i*>(src + static_cast<ptrdiff_t>(start) * C)));
